@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QSizeF>
+#include <QString>
+
+namespace TestPdf {
+
+// Page sizes in points.
+inline const QSizeF widescreen{960, 540};   // 16:9
+inline const QSizeF standard{800, 600};     // 4:3
+
+// Writes a real PDF with `pages` pages of `pageSize`, the 1-based page number
+// drawn large in the middle of each page (plus `label` above it), on a
+// background whose hue changes per page so renders can be told apart.
+bool write(const QString& path, int pages, QSizeF pageSize = widescreen, const QString& label = {});
+
+// Broken files that must never crash the engine.
+void writeEmpty(const QString& path);               // zero bytes
+void writeNotPdf(const QString& path);              // plain text
+bool writeTruncated(const QString& path);           // a real PDF cut in half
+bool writeEncrypted(const QString& path);           // encrypted, needs a password
+
+// The background colour `write` gives page `index` (zero-based).
+unsigned pageRgb(int index);
+
+}
