@@ -1,0 +1,99 @@
+#include "AppModel.h"
+
+#include "l10n/L10n.h"
+#include "platform/Activity.h"
+#include "platform/PreferencesStore.h"
+#include "platform/RecentDocuments.h"
+#include "platform/Screens.h"
+
+#include <QFileInfo>
+
+AppModel::AppModel(PlatformServices services)
+    : services_(std::move(services))
+    , self_(std::make_shared<AppModel*>(this))
+{
+    interfaceLanguage.set(AppLanguages::detected());
+    interfaceLanguage.setAssignHook([this](const AppLanguage& language) {
+        if (services_.preferences)
+            services_.preferences->setValue(QStringLiteral("interfaceLanguage"), appLanguages.rawValue(language));
+    });
+}
+
+AppModel::~AppModel()
+{
+    // Tasks hold the model weakly through `self_`; make them see it gone.
+    *self_ = nullptr;
+    if (auto task = thumbnailTask.peek())
+        task->cancel();
+    if (auto task = transitionTask.peek())
+        task->cancel();
+}
+
+AppModel& AppModel::shared()
+{
+    static AppModel* instance = new AppModel(PlatformServices::forThisMachine());
+    return *instance;
+}
+
+void AppModel::start()
+{
+    // 1. The display list.
+    if (services_.screens)
+        refreshDisplays();
+    // 2. Preferences. (Restored by the preferences subsystem.)
+    // 3. Clicker monitor. (Started by the clicker subsystem.)
+    // 4. Keep the machine awake and responsive for the whole run.
+    if (!presentationActivity.peek() && services_.activity)
+        presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
+    // 5. Output window controller. (Attached by the output window subsystem.)
+    // 6. Frame publisher, when enabled. (Started by the publisher subsystem.)
+    // 7. Input permission check. (Read by the clicker subsystem.)
+    // 8. Follow display changes.
+    if (services_.screens && !screenObserver.peek()) {
+        std::weak_ptr<AppModel*> weak = self_;
+        services_.screens->setChangeHandler([weak, scheduler = services_.scheduler] {
+            if (!scheduler)
+                return;
+            scheduler->post([weak] {
+                auto alive = weak.lock();
+                if (!alive || !*alive)
+                    return;
+                (*alive)->refreshDisplays();
+                (*alive)->syncOutput();
+            });
+        });
+        screenObserver.set(true);
+    }
+    // 9. Recent files.
+    if (services_.recents)
+        recentFiles.set(services_.recents->list());
+    // 10. Two or more displays: the output shows at once.
+    if (displays().size() >= 2)
+        isOutputVisible.set(true);
+    // 11.
+    syncOutput();
+}
+
+void AppModel::syncOutput()
+{
+    // The output window controller follows the model here once it exists.
+}
+
+QString AppModel::fileTitle() const
+{
+    if (auto entry = currentEntry())
+        return entry->title;
+    const auto& url = documentURL();
+    if (!url)
+        return L10n::t(QStringLiteral("file.none"));
+    return QFileInfo(*url).completeBaseName();
+}
+
+QString AppModel::showTitle() const
+{
+    if (const auto& url = showFileURL())
+        return QFileInfo(*url).completeBaseName();
+    if (!playlist().empty())
+        return L10n::t(QStringLiteral("show.new"));
+    return QStringLiteral("PDF Brelvonic");
+}

@@ -1,0 +1,177 @@
+#pragma once
+
+#include "l10n/AppLanguage.h"
+#include "model/Observation.h"
+#include "model/PlaylistEntry.h"
+#include "output/OutputTypes.h"
+#include "platform/PdfEngine.h"
+#include "platform/PlatformServices.h"
+#include "platform/Scheduler.h"
+#include "stage/AnnotationTypes.h"
+
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+// The one presentation model. Lives on the main thread; every view, output and
+// input reads it and calls its operations. Each stored property is an
+// `obs::Observed` value: read with `prop()`, assign with `prop.set(v)` (equal
+// values do nothing), change in place with `prop.mutate(f)` (always notifies).
+//
+// Operations are implemented in the folder of their subsystem.
+class AppModel {
+public:
+    explicit AppModel(PlatformServices services);
+    ~AppModel();
+    AppModel(const AppModel&) = delete;
+    AppModel& operator=(const AppModel&) = delete;
+
+    // The program's instance, created on first use with the real platform
+    // layers. Tests build their own instances instead.
+    static AppModel& shared();
+
+    // Start-up sequence, run once when the application has launched.
+    void start();
+
+    // ---- Stored properties, in declaration order ----
+    obs::Observed<PdfDocumentPtr> document;
+    obs::Observed<std::optional<QString>> documentURL;
+    obs::Observed<int> pageIndex{0};
+    obs::Observed<int> pageCount{0};
+    obs::Observed<std::map<int, ImagePtr>> thumbnails;
+    obs::Observed<std::vector<OutputDisplay>> displays;
+    obs::Observed<std::optional<uint32_t>> selectedDisplayID;
+    obs::Observed<AspectMode> aspect{AspectMode::fillDisplay};
+    obs::Observed<ContentFit> contentFit{ContentFit::contain};
+    obs::Observed<int> customWidth{1920};
+    obs::Observed<int> customHeight{1080};
+    obs::Observed<bool> isBlackout{false};
+    obs::Observed<bool> isFrozen{false};
+    obs::Observed<int> frozenPageIndex{0};
+    obs::Observed<bool> isOutputVisible{false};
+    obs::Observed<bool> outputAlwaysOnTop{true};
+    obs::Observed<std::optional<QPointF>> laserPoint;
+    obs::Observed<bool> clickerTrusted{false};
+    obs::Observed<QSizeF> outputPixelSize{QSizeF(0, 0)};
+    obs::Observed<bool> isSyphonEnabled{true};
+    obs::Observed<bool> isSyphonPublishing{false};
+    obs::Observed<QSizeF> syphonFrameSize{QSizeF(0, 0)};
+    obs::Observed<QStringList> recentFiles;
+    obs::Observed<std::vector<PlaylistEntry>> playlist;
+    obs::Observed<int> playlistIndex{0};
+    obs::Observed<TransitionStyle> transitionStyle{TransitionStyle::fade};
+    obs::Observed<double> transitionDuration{0.45};
+    obs::Observed<double> transitionProgress{1.0};
+    obs::Observed<ImagePtr> outgoingSlideImage;
+    obs::Observed<ImagePtr> incomingSlideImage;
+    obs::Observed<ImagePtr> previewSlideImage;
+    obs::Observed<bool> hideOutputCursor{true};
+    // Every assignment, equal or not, also writes the preference.
+    obs::Observed<AppLanguage> interfaceLanguage;
+    obs::Observed<std::optional<double>> timerStartedAt;  // seconds since the epoch
+    obs::Observed<double> timerAccumulated{0};
+    obs::Observed<bool> isTimerRunning{false};
+    obs::Observed<double> plannedDuration{0};
+    obs::Observed<QString> jumpBuffer;
+    obs::Observed<StageTool> stageTool{StageTool::pointer};
+    obs::Observed<double> zoomScale{2.2};
+    obs::Observed<std::optional<QPointF>> zoomCenter;
+    obs::Observed<std::map<QString, std::vector<Stroke>>> strokesByPage;
+    obs::Observed<std::map<QString, std::vector<FrameRect>>> framesByPage;
+    obs::Observed<std::optional<Stroke>> draftStroke;
+    obs::Observed<std::optional<QRectF>> draftFrameRect;
+    obs::Observed<MarkColor> markColor;
+    obs::Observed<std::vector<AnnotationUndo>> annotationUndo;
+    obs::Observed<std::optional<QString>> showFileURL;
+
+    // ---- Presentation core: titles ----
+    QString fileTitle() const;
+    QString showTitle() const;
+
+    // ---- Set and document cache ----
+    std::optional<PlaylistEntry> currentEntry() const;
+    QString pageKey() const;
+    int globalPageIndex() const;
+    PdfDocumentPtr cachedDocument(const QString& url);
+    std::optional<PlaylistEntry> makeEntry(const QString& url);
+    void replacePlaylist(const QStringList& urls);
+    void appendToPlaylist(const QStringList& urls);
+    void movePlaylist(const std::vector<int>& sourceIndices, int destination);
+    void selectPlaylistItem(const QUuid& id);
+    void removePlaylistItem(const QUuid& id);
+    void closeDocument();
+
+    // ---- Navigation and jump entry ----
+    bool canGoNext() const;
+    bool canGoPrevious() const;
+    int outputPageIndex() const;
+    std::optional<PdfPage> upcomingPage();
+    std::optional<QString> upcomingLabel() const;
+    void goToNextSlide();
+    void goToPreviousSlide();
+    void goToPage(int index);
+    void toggleFreeze();
+    void appendJumpDigit(const QString& digit);
+    void commitJump();
+
+    // ---- Show timer ----
+    void toggleTimer();
+    void resetTimer();
+    double timerElapsed() const;
+    std::optional<double> timerRemaining() const;
+
+    // ---- Output geometry and frame state ----
+    void refreshDisplays();
+    PixelSize syphonPixelSize() const;
+    QSizeF snapshotSize() const;
+    std::optional<OutputDisplay> preferredOutputDisplay() const;
+    std::optional<OutputDisplay> selectedDisplay() const;
+
+    // ---- Transitions ----
+
+    // ---- Preferences ----
+
+    // ---- Shows, cues and notes, intake ----
+
+    // ---- Stage annotation ----
+
+    // ---- Platform layers, for the subsystems that need them ----
+    const PlatformServices& services() const { return services_; }
+
+private:
+    // Set and document cache
+    void loadCurrentEntry(int page, bool animate);
+    void rebuildThumbnails();
+    void runThumbnailBatch(std::weak_ptr<AppModel*> model, PdfDocumentPtr document, Task task, int from);
+    void ensureTimerStarted();
+    void noteRecentDocuments(const QStringList& urls);
+    // Navigation
+    std::optional<PdfPage> outgoingPage() const;
+    void finishPageMove(const std::optional<PdfPage>& outgoing);
+    ImagePtr renderSlide(const PdfPage& page) const;
+    void prefetchUpcoming();
+    // Transitions
+    void startTransition(const std::optional<PdfPage>& previous);
+    // Output window controller: synchronise the window with the model.
+    void syncOutput();
+
+    PlatformServices services_;
+    // Handed to tasks so they can tell whether the model still exists.
+    std::shared_ptr<AppModel*> self_;
+
+    obs::Observed<std::map<QString, PdfDocumentPtr>> documentCache;
+    obs::Observed<Task> transitionTask;
+    obs::Observed<std::shared_ptr<void>> presentationActivity;
+    obs::Observed<bool> screenObserver{false};
+    obs::Observed<Task> thumbnailTask;
+    // The clicker monitor, output window controller and frame publisher are
+    // owned here once their subsystems exist.
+};

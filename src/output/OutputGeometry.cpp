@@ -1,0 +1,105 @@
+// Output geometry: the displays, the published frame size and the size at
+// which slides are rendered.
+#include "model/AppModel.h"
+
+#include "platform/Screens.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+int evenTowardZero(long long v)
+{
+    return static_cast<int>(v - (v % 2));
+}
+
+// Published frames are even, at least 2 × 2 and at most 2560 a side.
+PixelSize clampPublished(long long w, long long h)
+{
+    const long long m = std::max(w, h);
+    long long w2 = w;
+    long long h2 = h;
+    if (m > 2560) {
+        const double s = 2560.0 / static_cast<double>(m);
+        w2 = static_cast<long long>(std::trunc(s * static_cast<double>(w)));
+        h2 = static_cast<long long>(std::trunc(s * static_cast<double>(h)));
+    }
+    return {std::max(evenTowardZero(w2), 2), std::max(evenTowardZero(h2), 2)};
+}
+
+}
+
+void AppModel::refreshDisplays()
+{
+    if (!services_.screens)
+        return;
+    const auto mainId = services_.screens->mainDisplayId();
+    std::vector<OutputDisplay> list;
+    for (const PlatformScreen& screen : services_.screens->screens()) {
+        if (!screen.displayId)
+            continue;
+        list.push_back(OutputDisplay{*screen.displayId, screen.name, screen.frame, screen.backingScale,
+                                     mainId && *mainId == *screen.displayId});
+    }
+    displays.set(std::move(list));
+    const auto selected = selectedDisplayID.peek();
+    const auto& now = displays.peek();
+    if (selected && std::any_of(now.begin(), now.end(), [&](const OutputDisplay& d) { return d.id == *selected; }))
+        return;
+    const auto preferred = preferredOutputDisplay();
+    selectedDisplayID.set(preferred ? std::optional<uint32_t>(preferred->id) : std::nullopt);
+}
+
+std::optional<OutputDisplay> AppModel::preferredOutputDisplay() const
+{
+    const auto& list = displays();
+    for (const auto& display : list)
+        if (!display.isMain)
+            return display;
+    if (!list.empty())
+        return list.front();
+    return std::nullopt;
+}
+
+std::optional<OutputDisplay> AppModel::selectedDisplay() const
+{
+    const auto id = selectedDisplayID();
+    if (!id)
+        return preferredOutputDisplay();
+    for (const auto& display : displays())
+        if (display.id == *id)
+            return display;
+    return std::nullopt;
+}
+
+PixelSize AppModel::syphonPixelSize() const
+{
+    switch (aspect()) {
+    case AspectMode::fillDisplay:
+        if (const auto display = selectedDisplay()) {
+            const auto w = static_cast<long long>(std::trunc(display->frame.width() * display->backingScale));
+            const auto h = static_cast<long long>(std::trunc(display->frame.height() * display->backingScale));
+            return clampPublished(w, h);
+        }
+        return {1920, 1080};
+    case AspectMode::r16x9: return {1920, 1080};
+    case AspectMode::r16x10: return {1920, 1200};
+    case AspectMode::r4x3: return {1600, 1200};
+    case AspectMode::r3x2: return {1920, 1280};
+    case AspectMode::r3x4: return {1440, 1920};
+    case AspectMode::r1x1: return {1080, 1080};
+    case AspectMode::r9x16: return {1080, 1920};
+    case AspectMode::custom: return clampPublished(customWidth(), customHeight());
+    }
+    return {1920, 1080};
+}
+
+QSizeF AppModel::snapshotSize() const
+{
+    const PixelSize published = syphonPixelSize();
+    const QSizeF window = outputPixelSize();
+    const int w = std::max({published.width, static_cast<int>(window.width()), 1920});
+    const int h = std::max({published.height, static_cast<int>(window.height()), 1080});
+    return QSizeF(w, h);
+}

@@ -1,0 +1,16 @@
+#include "PlatformServices.h"
+
+#include "platform/DBusActivity.h"
+#include "platform/Dialogs.h"
+#include "platform/Scheduler.h"
+
+PlatformServices PlatformServices::forThisMachine()
+{
+    PlatformServices s;
+    s.dialogs = std::make_shared<QtDialogs>();
+    s.scheduler = std::make_shared<QtScheduler>();
+    s.activity = std::make_shared<DBusActivity>();
+    // Screens, preferences, recent documents and the frame sink join here as
+    // their layers are built.
+    return s;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QMainWindow>
+
+class AppModel;
+class QLabel;
+class SlideView;
+namespace obs { class Follower; }
+
+// The operator's window: the current slide as large as it fits and its number.
+class MainWindow : public QMainWindow {
+public:
+    explicit MainWindow(AppModel& model, QWidget* parent = nullptr);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void openPdfs();
+    void update();
+
+    AppModel& model_;
+    SlideView* slide_;
+    QLabel* pageLabel_;
+    QAction* openAction_;
+    QMenu* fileMenu_;
+    obs::Follower* follower_;
+};

@@ -1,0 +1,96 @@
+#include "FakePlatform.h"
+
+#include <algorithm>
+
+namespace {
+std::optional<QString> takeFront(std::deque<std::optional<QString>>& replies)
+{
+    if (replies.empty())
+        return std::nullopt;
+    const bool answered = replies.front().has_value();
+    const QString text = replies.front().value_or(QString());
+    replies.pop_front();
+    if (!answered)
+        return std::nullopt;
+    return text;
+}
+}
+
+void FakeScheduler::after(double seconds, std::function<void()> work)
+{
+    queue_.push_back(Item{now_ + std::max(seconds, 0.0), order_++, std::move(work)});
+}
+
+bool FakeScheduler::runNextDue(double until)
+{
+    auto next = std::min_element(queue_.begin(), queue_.end(), [](const Item& a, const Item& b) {
+        return a.due != b.due ? a.due < b.due : a.order < b.order;
+    });
+    if (next == queue_.end() || next->due > until)
+        return false;
+    Item item = std::move(*next);
+    queue_.erase(next);
+    now_ = std::max(now_, item.due);
+    item.work();
+    return true;
+}
+
+void FakeScheduler::runPending()
+{
+    while (runNextDue(now_)) {
+    }
+}
+
+void FakeScheduler::advance(double seconds)
+{
+    const double until = now_ + seconds;
+    while (runNextDue(until)) {
+    }
+    now_ = until;
+}
+
+void FakeScheduler::runAll(int limit)
+{
+    while (limit-- > 0 && runNextDue(1e300)) {
+    }
+}
+
+void FakeDialogs::warning(const QString& title, const QString& informativeText)
+{
+    alerts.push_back({title, informativeText});
+}
+
+QStringList FakeDialogs::openPanel(const OpenOptions& options)
+{
+    openRequests.push_back(options);
+    if (openReplies.empty())
+        return {};
+    QStringList reply = openReplies.front();
+    openReplies.pop_front();
+    return reply;
+}
+
+std::optional<QString> FakeDialogs::savePanel(const SaveOptions& options)
+{
+    saveRequests.push_back(options);
+    return takeFront(saveReplies);
+}
+
+std::optional<QString> FakeDialogs::prompt(const PromptOptions& options)
+{
+    promptRequests.push_back(options);
+    return takeFront(promptReplies);
+}
+
+PlatformServices FakePlatform::services() const
+{
+    PlatformServices s = PlatformServices::forThisMachine();
+    s.dialogs = dialogs;
+    s.scheduler = scheduler;
+    s.screens = screens;
+    s.preferences = preferences;
+    s.recents = recents;
+    s.activity = activity;
+    s.frameSink = frameSink;
+    return s;
+}
