@@ -2,11 +2,13 @@
 
 #include "platform/DBusActivity.h"
 #include "platform/Dialogs.h"
+#include "platform/MuPdfEngine.h"
 #include "platform/Scheduler.h"
 
 PlatformServices PlatformServices::forThisMachine()
 {
     PlatformServices s;
+    s.pdf = std::make_shared<MuPdfEngine>();
     s.dialogs = std::make_shared<QtDialogs>();
     s.scheduler = std::make_shared<QtScheduler>();
     s.activity = std::make_shared<DBusActivity>();

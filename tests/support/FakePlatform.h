@@ -31,6 +31,8 @@ public:
     void advance(double seconds);
     // Runs until nothing is queued (time jumps to each due time).
     void runAll(int limit = 100000);
+    // Runs only the earliest queued piece of work; false when none is queued.
+    bool runNext() { return runNextDue(1e300); }
     std::size_t queued() const { return queue_.size(); }
 
 private:

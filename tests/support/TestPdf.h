@@ -24,3 +24,22 @@ bool writeEncrypted(const QString& path);           // encrypted, needs a passwo
 unsigned pageRgb(int index);
 
 }
+
+#include <QTemporaryDir>
+
+// A temporary folder to write test PDFs into.
+class TestFolder {
+public:
+    QString path() const { return dir_.path(); }
+    // Writes `name` with `pages` pages and returns its absolute path.
+    QString pdf(const QString& name, int pages, QSizeF pageSize = TestPdf::widescreen)
+    {
+        const QString file = dir_.filePath(name);
+        TestPdf::write(file, pages, pageSize, name);
+        return file;
+    }
+    QString file(const QString& name) const { return dir_.filePath(name); }
+
+private:
+    QTemporaryDir dir_;
+};

@@ -1,0 +1,239 @@
+#include "model/AppModel.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+
+#include <QtTest>
+
+namespace {
+// Which page of a test PDF an image shows, told by its background colour.
+int pageShown(const ImagePtr& image)
+{
+    if (!image)
+        return -1;
+    const QRgb corner = image->pixel(4, 4) & 0xFFFFFF;
+    for (int i = 0; i < 40; ++i) {
+        const QColor want = QColor::fromRgb(TestPdf::pageRgb(i));
+        const QColor got = QColor::fromRgb(corner);
+        if (qAbs(want.red() - got.red()) <= 3 && qAbs(want.green() - got.green()) <= 3 && qAbs(want.blue() - got.blue()) <= 3)
+            return i;
+    }
+    return -2;
+}
+}
+
+class NavigationTest : public QObject {
+    Q_OBJECT
+
+    TestFolder folder;
+    QString three, two, ten;
+
+    void typeJump(AppModel& model, const QString& digits)
+    {
+        for (const QChar c : digits)
+            model.appendJumpDigit(QString(c));
+        model.commitJump();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        three = folder.pdf("three.pdf", 3);
+        two = folder.pdf("two.pdf", 2, TestPdf::standard);
+        ten = folder.pdf("ten.pdf", 10);
+    }
+
+    void nothingMovesWithoutADocument()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QVERIFY(!model.canGoNext());
+        QVERIFY(!model.canGoPrevious());
+        model.jumpBuffer.set("7");
+        model.goToNextSlide();
+        model.goToPage(3);
+        model.appendJumpDigit("1");
+        QCOMPARE(model.jumpBuffer(), QStringLiteral("7"));
+        QCOMPARE(model.pageIndex(), 0);
+        QVERIFY(!model.upcomingLabel());
+        QVERIFY(!model.upcomingPage());
+    }
+
+    void pagesAcrossFilesAsOneSequence()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({three, two});
+        QVERIFY(!model.canGoPrevious());
+        model.goToNextSlide();
+        model.goToNextSlide();
+        QCOMPARE(model.pageIndex(), 2);
+        QCOMPARE(model.upcomingLabel(), std::optional<QString>("1"));
+        auto upcoming = model.upcomingPage();
+        QVERIFY(upcoming);
+        QCOMPARE(upcoming->document->path(), two);
+        QCOMPARE(upcoming->index, 0);
+
+        model.jumpBuffer.set("4");
+        model.goToNextSlide();
+        QCOMPARE(model.playlistIndex(), 1);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 2);
+        QCOMPARE(model.jumpBuffer(), QString());
+        QCOMPARE(pageShown(model.previewSlideImage()), 0);
+        QCOMPARE(pageShown(model.incomingSlideImage()), 0);
+        QCOMPARE(model.previewSlideImage()->size(), QSize(1440, 1080));  // 4:3 page in the 1920×1080 snapshot
+
+        model.goToPreviousSlide();
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.pageIndex(), 2);
+        QCOMPARE(model.pageCount(), 3);
+        QCOMPARE(pageShown(model.previewSlideImage()), 2);
+        QCOMPARE(model.previewSlideImage()->size(), QSize(1920, 1080));
+    }
+
+    void theEndOfTheSetDoesNotWrap()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({three, two});
+        model.selectPlaylistItem(model.playlist()[1].id);
+        model.goToNextSlide();
+        QCOMPARE(model.pageIndex(), 1);
+        QVERIFY(!model.canGoNext());
+        QVERIFY(!model.upcomingLabel());
+        QVERIFY(!model.upcomingPage());
+        model.appendJumpDigit("3");
+        model.goToNextSlide();
+        QCOMPARE(model.jumpBuffer(), QStringLiteral("3"));
+        QCOMPARE(model.playlistIndex(), 1);
+        QCOMPARE(model.pageIndex(), 1);
+    }
+
+    void typedJumps()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten, three});
+        typeJump(model, "12");  // past the end: the last page of this file
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.pageIndex(), 9);
+        typeJump(model, "0");
+        QCOMPARE(model.pageIndex(), 0);
+        typeJump(model, "5");
+        QCOMPARE(model.pageIndex(), 4);
+        QCOMPARE(model.jumpBuffer(), QString());
+
+        for (const char* d : {"1", "2", "3", "4", "5"})
+            model.appendJumpDigit(d);
+        QCOMPARE(model.jumpBuffer(), QStringLiteral("5"));
+
+        model.jumpBuffer.set("+3");
+        model.commitJump();
+        QCOMPARE(model.pageIndex(), 2);
+        model.jumpBuffer.set("-4");
+        model.commitJump();
+        QCOMPARE(model.pageIndex(), 0);
+        model.goToPage(6);
+        for (const char* junk : {"1a", "+", "99999999999999999999", "--1"}) {
+            model.jumpBuffer.set(junk);
+            model.commitJump();
+            QCOMPARE(model.jumpBuffer(), QString());
+            QCOMPARE(model.pageIndex(), 6);
+        }
+        model.jumpBuffer.set("9223372036854775807");
+        model.commitJump();
+        QCOMPARE(model.pageIndex(), 9);
+        model.jumpBuffer.set("-9223372036854775808");
+        model.commitJump();
+        QCOMPARE(model.pageIndex(), 0);
+    }
+
+    void goingToTheCurrentPageChangesNothing()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToPage(3);
+        model.zoomCenter.set(QPointF(0.5, 0.5));
+        const auto preview = model.previewSlideImage();
+        model.goToPage(3);
+        QCOMPARE(model.zoomCenter(), std::optional<QPointF>(QPointF(0.5, 0.5)));
+        QCOMPARE(model.previewSlideImage(), preview);
+    }
+
+    void zoomCentreSurvivesOnlyWithTheZoomTool()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.stageTool.set(StageTool::zoom);
+        model.zoomCenter.set(QPointF(0.2, 0.3));
+        model.draftFrameRect.set(QRectF(0, 0, 0.2, 0.2));
+        model.laserPoint.set(QPointF(0.1, 0.1));
+        model.goToNextSlide();
+        QCOMPARE(model.zoomCenter(), std::optional<QPointF>(QPointF(0.2, 0.3)));
+        QVERIFY(!model.draftFrameRect());
+        QVERIFY(model.laserPoint());  // a move leaves the laser where it is
+        model.stageTool.set(StageTool::marker);
+        model.goToNextSlide();
+        QVERIFY(!model.zoomCenter());
+    }
+
+    void freezeHoldsTheOutput()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten, three});
+        model.goToPage(4);
+        model.toggleFreeze();
+        QVERIFY(model.isFrozen());
+        QCOMPARE(model.frozenPageIndex(), 4);
+        const auto held = model.incomingSlideImage();
+        const double progress = model.transitionProgress();
+        model.goToNextSlide();
+        model.goToNextSlide();
+        model.goToNextSlide();
+        QCOMPARE(model.pageIndex(), 7);
+        QCOMPARE(model.outputPageIndex(), 4);
+        QCOMPARE(model.incomingSlideImage(), held);
+        QCOMPARE(model.transitionProgress(), progress);
+        QCOMPARE(pageShown(model.previewSlideImage()), 7);  // the stage follows the operator
+
+        model.toggleFreeze();
+        QVERIFY(!model.isFrozen());
+        QCOMPARE(model.frozenPageIndex(), 4);
+        QCOMPARE(model.outputPageIndex(), 7);
+        QCOMPARE(pageShown(model.incomingSlideImage()), 7);
+    }
+
+    void frozenMoveIntoAnotherFileStillReplacesThePicture()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({three, two});
+        model.goToPage(2);
+        model.toggleFreeze();
+        const auto held = model.incomingSlideImage();
+        model.goToNextSlide();
+        QCOMPARE(model.playlistIndex(), 1);
+        QVERIFY(model.incomingSlideImage() != held);
+        QCOMPARE(model.incomingSlideImage()->size(), QSize(1440, 1080));
+    }
+
+    void upcomingWithinAFile()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToPage(3);
+        QCOMPARE(model.upcomingLabel(), std::optional<QString>("5"));
+        const auto upcoming = model.upcomingPage();
+        QVERIFY(upcoming);
+        QCOMPARE(upcoming->index, 4);
+        model.goToPage(9);
+        QVERIFY(!model.upcomingPage());
+    }
+};
+
+QTEST_MAIN(NavigationTest)
+#include "tst_Navigation.moc"

@@ -1,0 +1,159 @@
+#include "model/AppModel.h"
+#include "model/Observation.h"
+#include "support/FakePlatform.h"
+
+#include <QtTest>
+
+#include <memory>
+
+using obs::Observed;
+
+class ObservationTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void equalAssignmentDoesNothing()
+    {
+        Observed<int> value{3};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)value(); }, [&] { ++told; });
+        QVERIFY(!value.set(3));
+        QCOMPARE(told, 0);
+        QVERIFY(value.set(4));
+        QCOMPARE(told, 1);
+        QCOMPARE(value.peek(), 4);
+    }
+
+    void inPlaceChangeAlwaysNotifies()
+    {
+        Observed<bool> flag{false};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)flag(); }, [&] { ++told; });
+        // Toggling twice ends where it began, but each change is real.
+        flag.mutate([](bool& b) { b = !b; });
+        QCOMPARE(told, 1);
+        tracker = obs::withTracking([&] { (void)flag(); }, [&] { ++told; });
+        flag.mutate([](bool& b) { b = b; });
+        QCOMPARE(told, 2);
+    }
+
+    void imagesCompareByIdentity()
+    {
+        auto a = std::make_shared<const QImage>(4, 4, QImage::Format_RGB32);
+        auto b = std::make_shared<const QImage>(*a);  // equal pixels, another object
+        Observed<ImagePtr> image{a};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)image(); }, [&] { ++told; });
+        QVERIFY(!image.set(a));
+        QCOMPARE(told, 0);
+        QVERIFY(image.set(b));
+        QCOMPARE(told, 1);
+    }
+
+    void scopeIsToldOnceAndOnlyForWhatItRead()
+    {
+        Observed<int> read{1};
+        Observed<int> other{1};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)read(); }, [&] { ++told; });
+        other.set(2);
+        QCOMPARE(told, 0);
+        read.set(2);
+        read.set(3);
+        QCOMPARE(told, 1);
+        QVERIFY(!tracker->isArmed());
+    }
+
+    void readsWithoutTrackingRegisterNothing()
+    {
+        Observed<int> value{1};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)value.peek(); }, [&] { ++told; });
+        value.set(2);
+        QCOMPARE(told, 0);
+        QVERIFY(!obs::isTracking());
+    }
+
+    void droppedTrackerIsNeverTold()
+    {
+        Observed<int> value{1};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)value(); }, [&] { ++told; });
+        tracker.reset();
+        value.set(2);
+        QCOMPARE(told, 0);
+    }
+
+    void derivedValuesAreSeenThrough()
+    {
+        // canGoNext reads document, pageIndex, pageCount, playlist: a change of
+        // any one of them must reach a reader of canGoNext alone.
+        FakePlatform platform;
+        AppModel model(platform.services());
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)model.canGoNext(); }, [&] { ++told; });
+        model.pageCount.set(5);
+        // Without a document only `document` was read: no notification yet.
+        QCOMPARE(told, 0);
+        model.isBlackout.set(true);
+        QCOMPARE(told, 0);
+        tracker = obs::withTracking([&] { (void)model.showTitle(); }, [&] { ++told; });
+        model.playlist.set({PlaylistEntry{QUuid::createUuid(), "/x/a.pdf", "a", 1, {}, {}}});
+        QCOMPARE(told, 1);
+    }
+
+    void assignHookRunsOnEveryAssignment()
+    {
+        Observed<int> value{1};
+        int hooked = 0;
+        value.setAssignHook([&](const int&) { ++hooked; });
+        value.set(1);
+        value.set(2);
+        QCOMPARE(hooked, 2);
+    }
+
+    void followerUpdatesOncePerTurn()
+    {
+        Observed<int> a{0};
+        Observed<int> b{0};
+        int seen = 0;
+        obs::Follower follower([&] { seen = a() + b(); });
+        follower.start();
+        QCOMPARE(follower.updateCount(), 1);
+        a.set(1);
+        b.set(2);
+        a.set(3);
+        QCOMPARE(follower.updateCount(), 1);  // queued, not run inside the setter
+        QCoreApplication::processEvents();
+        QCOMPARE(follower.updateCount(), 2);
+        QCOMPARE(seen, 5);
+        // It re-armed: the next change brings one more update.
+        b.set(5);
+        QCoreApplication::processEvents();
+        QCOMPARE(follower.updateCount(), 3);
+        QCOMPARE(seen, 8);
+        follower.stop();
+        a.set(10);
+        QCoreApplication::processEvents();
+        QCOMPARE(follower.updateCount(), 3);
+    }
+
+    void spentReadersDoNotPileUp()
+    {
+        // A property read by a follower thousands of times but never changed
+        // must not keep thousands of registrations alive.
+        Observed<int> value{0};
+        Observed<int> trigger{0};
+        for (int i = 0; i < 1000; ++i) {
+            auto tracker = obs::withTracking([&] { (void)value(); (void)trigger(); }, [] {});
+            trigger.set(i + 1);
+        }
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)value(); }, [&] { ++told; });
+        value.set(1);
+        QCOMPARE(told, 1);
+    }
+};
+
+QTEST_MAIN(ObservationTest)
+#include "tst_Observation.moc"

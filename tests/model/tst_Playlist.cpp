@@ -1,0 +1,259 @@
+#include "model/AppModel.h"
+#include "l10n/L10n.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+
+#include <QtTest>
+
+class PlaylistTest : public QObject {
+    Q_OBJECT
+
+    static QStringList titles(const AppModel& model)
+    {
+        QStringList out;
+        for (const auto& entry : model.playlist())
+            out << entry.title;
+        return out;
+    }
+
+private slots:
+    void unreadableFilesAreSkippedWithOneAlertEach()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString a = folder.pdf("a.pdf", 3);
+        const QString broken = folder.file("broken.pdf");
+        TestPdf::writeNotPdf(broken);
+        const QString c = folder.pdf("c.pdf", 2);
+        model.replacePlaylist({a, broken, c});
+        QCOMPARE(titles(model), (QStringList{"a", "c"}));
+        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
+        QCOMPARE(platform.dialogs->alerts[0].title, L10n::t("alert.pdf_open"));
+        QCOMPARE(platform.dialogs->alerts[0].text, QStringLiteral("broken.pdf"));
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 3);
+        QCOMPARE(model.documentURL(), std::optional<QString>(a));
+        QVERIFY(model.previewSlideImage());
+        QCOMPARE(model.incomingSlideImage(), model.previewSlideImage());
+        QCOMPARE(model.transitionProgress(), 1.0);
+        // Every URL passed in is noted as recent, in order: the last is newest.
+        QCOMPARE(model.recentFiles().value(0), c);
+    }
+
+    void unreadableFilesNeverCrashAndLeaveTheSetAsItWas()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString good = folder.pdf("good.pdf", 2);
+        model.replacePlaylist({good});
+        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
+        const auto before = model.playlist();
+
+        QStringList bad;
+        bad << folder.file("missing.pdf");
+        TestPdf::writeEmpty(folder.file("empty.pdf"));
+        bad << folder.file("empty.pdf");
+        QVERIFY(TestPdf::writeTruncated(folder.file("truncated.pdf")));
+        bad << folder.file("truncated.pdf");
+        QVERIFY(TestPdf::writeEncrypted(folder.file("locked.pdf")));
+        bad << folder.file("locked.pdf");
+        QDir(folder.path()).mkdir("folder.pdf");
+        bad << folder.file("folder.pdf");
+
+        model.replacePlaylist(bad);
+        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(bad.size()));
+        for (std::size_t i = 0; i < platform.dialogs->alerts.size(); ++i)
+            QCOMPARE(platform.dialogs->alerts[i].text, QFileInfo(bad[int(i)]).fileName());
+        QCOMPARE(model.playlist(), before);
+        QCOMPARE(model.showFileURL(), std::optional<QString>("/shows/gig.brelvonic"));
+        model.appendToPlaylist(bad);
+        QCOMPARE(model.playlist(), before);
+    }
+
+    void appendKeepsPositionOrLoadsIntoAnEmptySet()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString a = folder.pdf("a.pdf", 3);
+        const QString b = folder.pdf("b.pdf", 2);
+        model.appendToPlaylist({a});
+        QCOMPARE(model.pageCount(), 3);
+        QVERIFY(model.isTimerRunning());
+        model.goToPage(2);
+        model.appendToPlaylist({b, a});
+        QCOMPARE(titles(model), (QStringList{"a", "b", "a"}));
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.pageIndex(), 2);
+        // The same file twice is two entries with their own ids.
+        QVERIFY(model.playlist()[0].id != model.playlist()[2].id);
+    }
+
+    void moveKeepsTheCurrentEntryWithoutReloading()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 2), folder.pdf("b.pdf", 2), folder.pdf("c.pdf", 2), folder.pdf("d.pdf", 2)});
+        model.goToPage(1);
+        const auto preview = model.previewSlideImage();
+        model.movePlaylist({0}, 3);  // a goes before d
+        QCOMPARE(titles(model), (QStringList{"b", "c", "a", "d"}));
+        QCOMPARE(model.playlistIndex(), 2);
+        QCOMPARE(model.pageIndex(), 1);
+        QCOMPARE(model.previewSlideImage(), preview);
+        model.movePlaylist({1, 3}, 0);  // c and d to the front, in their order
+        QCOMPARE(titles(model), (QStringList{"c", "d", "b", "a"}));
+        QCOMPARE(model.playlistIndex(), 3);
+        model.movePlaylist({0}, 4);  // to the end
+        QCOMPARE(titles(model), (QStringList{"d", "b", "a", "c"}));
+        QCOMPARE(model.playlistIndex(), 2);
+    }
+
+    void selectAndRemove()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5)});
+        const auto ids = [&] {
+            std::vector<QUuid> out;
+            for (const auto& e : model.playlist())
+                out.push_back(e.id);
+            return out;
+        }();
+        model.selectPlaylistItem(ids[2]);
+        QCOMPARE(model.playlistIndex(), 2);
+        QCOMPARE(model.pageCount(), 5);
+        model.goToPage(3);
+        model.selectPlaylistItem(QUuid::createUuid());  // unknown: nothing
+        QCOMPARE(model.pageIndex(), 3);
+
+        // Removing an entry before the current one lands on the entry now at
+        // the removed index, page 0.
+        model.removePlaylistItem(ids[0]);
+        QCOMPARE(titles(model), (QStringList{"b", "c"}));
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 4);
+        model.removePlaylistItem(ids[2]);
+        QCOMPARE(model.playlistIndex(), 0);
+
+        model.isBlackout.set(true);
+        model.toggleFreeze();
+        model.removePlaylistItem(ids[1]);
+        QVERIFY(model.playlist().empty());
+        QVERIFY(!model.document());
+        QVERIFY(!model.documentURL());
+        QVERIFY(!model.isBlackout());
+        QVERIFY(!model.isFrozen());
+        QVERIFY(!model.previewSlideImage());
+        QCOMPARE(model.pageCount(), 0);
+    }
+
+    void closeKeepsTimerAndMarkup()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 3)});
+        model.strokesByPage.mutate([](auto& map) { map["k"] = {Stroke{}}; });
+        model.stageTool.set(StageTool::laser);
+        model.jumpBuffer.set("12");
+        model.closeDocument();
+        QVERIFY(model.isTimerRunning());
+        QCOMPARE(model.strokesByPage().size(), std::size_t(1));
+        QCOMPARE(model.stageTool(), StageTool::pointer);
+        QCOMPARE(model.jumpBuffer(), QString());
+        QCOMPARE(model.showTitle(), QStringLiteral("PDF Brelvonic"));
+        // The render of the closed set's thumbnails must not come back.
+        platform.scheduler->runAll();
+        QVERIFY(model.thumbnails().empty());
+    }
+
+    void pageKeyAndGlobalIndex()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QCOMPARE(model.pageKey(), QStringLiteral("none-0"));
+        TestFolder folder;
+        model.replacePlaylist({folder.pdf("a.pdf", 10), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5)});
+        model.playlist.mutate([](auto& list) { list[0].id = QUuid("{3f2504e0-4f89-11d3-9a0c-0305e82c3301}"); });
+        QCOMPARE(model.pageKey(), QStringLiteral("3F2504E0-4F89-11D3-9A0C-0305E82C3301-0"));
+        model.selectPlaylistItem(model.playlist()[2].id);
+        model.goToPage(2);
+        QCOMPARE(model.globalPageIndex(), 16);
+        QVERIFY(model.pageKey().endsWith("-2"));
+    }
+
+    void titles_()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QCOMPARE(model.showTitle(), QStringLiteral("PDF Brelvonic"));
+        QCOMPARE(model.fileTitle(), L10n::t("file.none"));
+        model.replacePlaylist({folder.pdf("Act 1.final.pdf", 2)});
+        QCOMPARE(model.showTitle(), L10n::t("show.new"));
+        QCOMPARE(model.fileTitle(), QStringLiteral("Act 1.final"));
+        // The entry's title wins over the file name.
+        model.playlist.mutate([](auto& list) { list[0].title = "Overture"; });
+        QCOMPARE(model.fileTitle(), QStringLiteral("Overture"));
+        model.showFileURL.set(folder.file("gig.brelvonic"));
+        QCOMPARE(model.showTitle(), QStringLiteral("gig"));
+    }
+
+    void thumbnailsArriveInOrderInBatchesOfSix()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("twenty.pdf", 20, TestPdf::standard)});
+        QVERIFY(model.thumbnails().empty());  // nothing rendered inside the load
+        std::vector<std::size_t> sizes;
+        while (platform.scheduler->queued() > 0 && sizes.size() < 10) {
+            // One batch at a time: each gives way to other work before the next.
+            QCOMPARE(platform.scheduler->queued(), std::size_t(1));
+            platform.scheduler->runNext();
+            sizes.push_back(model.thumbnails().size());
+        }
+        QCOMPARE(sizes, (std::vector<std::size_t>{6, 12, 18, 20}));
+        int expected = 0;
+        for (const auto& [index, image] : model.thumbnails()) {
+            QCOMPARE(index, expected++);
+            QCOMPARE(image->size(), QSize(320, 240));
+        }
+    }
+
+    void newSetCancelsTheOldRender()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 20)});
+        platform.scheduler->runNext();
+        QCOMPARE(model.thumbnails().size(), std::size_t(6));
+        model.replacePlaylist({folder.pdf("b.pdf", 3, TestPdf::standard)});
+        platform.scheduler->runAll();
+        QCOMPARE(model.thumbnails().size(), std::size_t(3));
+        QCOMPARE(model.thumbnails().at(0)->size(), QSize(320, 240));
+    }
+
+    void renderStopsWhenTheModelIsGone()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        {
+            AppModel model(platform.services());
+            model.replacePlaylist({folder.pdf("a.pdf", 20)});
+        }
+        platform.scheduler->runAll();  // must not touch the destroyed model
+        QCOMPARE(platform.scheduler->queued(), std::size_t(0));
+    }
+};
+
+QTEST_MAIN(PlaylistTest)
+#include "tst_Playlist.moc"

@@ -1,0 +1,83 @@
+#include "model/AppModel.h"
+#include "model/TimeFormat.h"
+#include "support/FakePlatform.h"
+
+#include <QtTest>
+
+#include <limits>
+
+class ShowTimerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void durationFormat_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("zero") << 0.0 << "0:00";
+        QTest::newRow("truncates") << 59.9 << "0:59";
+        QTest::newRow("minute") << 61.0 << "1:01";
+        QTest::newRow("under an hour") << 3599.99 << "59:59";
+        QTest::newRow("one hour") << 3600.0 << "1:00:00";
+        QTest::newRow("ten hours") << 36000.0 << "10:00:00";
+        QTest::newRow("negative") << -5.0 << "0:00";
+        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << "0:00";
+        QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << "0:00";
+    }
+    void durationFormat()
+    {
+        QFETCH(double, seconds);
+        QFETCH(QString, text);
+        QCOMPARE(TimeFormat::duration(seconds), text);
+    }
+
+    void pauseResumeAndReset()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QCOMPARE(model.timerElapsed(), 0.0);
+        model.toggleTimer();
+        QVERIFY(model.isTimerRunning());
+        platform.scheduler->advance(10);
+        model.toggleTimer();
+        QVERIFY(!model.isTimerRunning());
+        QVERIFY(!model.timerStartedAt());
+        platform.scheduler->advance(100);  // paused time does not count
+        QCOMPARE(model.timerElapsed(), 10.0);
+        model.toggleTimer();
+        platform.scheduler->advance(5);
+        QCOMPARE(model.timerElapsed(), 15.0);
+
+        // Reset while running: back to zero and still running.
+        model.resetTimer();
+        QVERIFY(model.isTimerRunning());
+        QCOMPARE(model.timerElapsed(), 0.0);
+        platform.scheduler->advance(2);
+        QCOMPARE(model.timerElapsed(), 2.0);
+
+        // Reset while paused: stays paused at zero.
+        model.toggleTimer();
+        model.resetTimer();
+        QVERIFY(!model.isTimerRunning());
+        QVERIFY(!model.timerStartedAt());
+        QCOMPARE(model.timerElapsed(), 0.0);
+    }
+
+    void remainingTime()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QVERIFY(!model.timerRemaining());
+        model.plannedDuration.set(60);
+        model.toggleTimer();
+        platform.scheduler->advance(45);
+        QCOMPARE(*model.timerRemaining(), 15.0);
+        platform.scheduler->advance(45);
+        QCOMPARE(*model.timerRemaining(), 0.0);  // 1:30 of a 1:00 plan: 0:00 left
+        model.plannedDuration.set(-1);
+        QVERIFY(!model.timerRemaining());
+    }
+};
+
+QTEST_MAIN(ShowTimerTest)
+#include "tst_ShowTimer.moc"

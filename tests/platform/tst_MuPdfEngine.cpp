@@ -1,0 +1,126 @@
+#include "platform/MuPdfEngine.h"
+#include "support/TestPdf.h"
+
+#include <QtTest>
+
+#include <thread>
+
+namespace {
+PdfDocumentPtr openOk(MuPdfEngine& engine, const QString& path)
+{
+    auto result = engine.open(path);
+    auto* doc = std::get_if<PdfDocumentPtr>(&result);
+    return doc ? *doc : nullptr;
+}
+
+bool near(QRgb a, unsigned b)
+{
+    return qAbs(qRed(a) - int((b >> 16) & 0xFF)) <= 3 && qAbs(qGreen(a) - int((b >> 8) & 0xFF)) <= 3
+        && qAbs(qBlue(a) - int(b & 0xFF)) <= 3;
+}
+}
+
+class MuPdfEngineTest : public QObject {
+    Q_OBJECT
+
+    TestFolder folder;
+    MuPdfEngine engine;
+
+private slots:
+    void pagesAndSizes()
+    {
+        auto wide = openOk(engine, folder.pdf("wide.pdf", 5, TestPdf::widescreen));
+        auto four = openOk(engine, folder.pdf("four.pdf", 2, TestPdf::standard));
+        QVERIFY(wide && four);
+        QCOMPARE(wide->pageCount(), 5);
+        QCOMPARE(four->pageCount(), 2);
+        QCOMPARE(wide->pageSize(0).toSize(), QSize(960, 540));
+        QCOMPARE(four->pageSize(1).toSize(), QSize(800, 600));
+        QVERIFY(wide->pageSize(5).isEmpty());
+        QVERIFY(wide->pageSize(-1).isEmpty());
+    }
+
+    void renderFitsTheBoxKeepingTheAspect()
+    {
+        auto wide = openOk(engine, folder.pdf("fit-wide.pdf", 3, TestPdf::widescreen));
+        auto four = openOk(engine, folder.pdf("fit-four.pdf", 1, TestPdf::standard));
+        QCOMPARE(wide->render(0, QSize(320, 320))->size(), QSize(320, 180));
+        QCOMPARE(wide->render(0, QSize(1920, 1080))->size(), QSize(1920, 1080));
+        QCOMPARE(four->render(0, QSize(1920, 1080))->size(), QSize(1440, 1080));
+        QCOMPARE(four->render(0, QSize(1920, 1080))->format(), QImage::Format_ARGB32_Premultiplied);
+        QVERIFY(!wide->render(3, QSize(320, 320)));
+        QVERIFY(!wide->render(-1, QSize(320, 320)));
+        QVERIFY(!wide->render(0, QSize(0, 0)));
+    }
+
+    void pixelsShowThePage()
+    {
+        auto doc = openOk(engine, folder.pdf("colours.pdf", 3));
+        for (int i = 0; i < 3; ++i) {
+            auto image = doc->render(i, QSize(192, 108));
+            QVERIFY(near(image->pixel(3, 3), TestPdf::pageRgb(i)));
+        }
+        QVERIFY(!near(doc->render(1, QSize(192, 108))->pixel(3, 3), TestPdf::pageRgb(0)));
+    }
+
+    void brokenFilesFailWithAReason()
+    {
+        struct Case {
+            QString name;
+            std::function<void(const QString&)> make;
+        };
+        const std::vector<Case> cases{
+            {"missing.pdf", [](const QString&) {}},
+            {"empty.pdf", [](const QString& p) { TestPdf::writeEmpty(p); }},
+            {"text.pdf", [](const QString& p) { TestPdf::writeNotPdf(p); }},
+            {"truncated.pdf", [](const QString& p) { QVERIFY(TestPdf::writeTruncated(p)); }},
+            {"locked.pdf", [](const QString& p) { QVERIFY(TestPdf::writeEncrypted(p)); }},
+            {"folder.pdf", [](const QString& p) { QDir().mkpath(p); }},
+        };
+        for (const auto& c : cases) {
+            const QString path = folder.file(c.name);
+            c.make(path);
+            auto result = engine.open(path);
+            auto* error = std::get_if<PdfOpenError>(&result);
+            QVERIFY2(error, qPrintable(c.name));
+            QVERIFY2(!error->reason.isEmpty(), qPrintable(c.name));
+            if (c.name == "locked.pdf")
+                QVERIFY2(error->reason.contains("password"), qPrintable(error->reason));
+        }
+    }
+
+    void aheadRenderIsReusedAndSafe()
+    {
+        auto doc = openOk(engine, folder.pdf("ahead.pdf", 4));
+        doc->prefetch(2, QSize(640, 360));
+        auto first = doc->render(2, QSize(640, 360));
+        QVERIFY(first);
+        QCOMPARE(doc->render(2, QSize(640, 360)), first);  // the same image object
+        // Dropping a document while its ahead-render runs must be harmless.
+        for (int i = 0; i < 5; ++i) {
+            auto temp = openOk(engine, folder.file("ahead.pdf"));
+            temp->prefetch(i % 4, QSize(1920, 1080));
+        }
+    }
+
+    void rendersFromTwoThreadsAtOnce()
+    {
+        auto doc = openOk(engine, folder.pdf("threads.pdf", 6));
+        std::vector<bool> ok(12, false);
+        auto work = [&](int offset) {
+            for (int i = 0; i < 6; ++i) {
+                auto image = doc->render(i, QSize(200 + offset, 200));
+                ok[std::size_t(offset * 6 + i)] = image && near(image->pixel(2, 2), TestPdf::pageRgb(i));
+            }
+        };
+        std::thread a(work, 0);
+        std::thread b(work, 1);
+        a.join();
+        b.join();
+        for (bool each : ok)
+            QVERIFY(each);
+    }
+};
+
+QTEST_MAIN(MuPdfEngineTest)
+#include "tst_MuPdfEngine.moc"
