@@ -142,6 +142,16 @@ public:
     // ---- Shows, cues and notes, intake ----
 
     // ---- Stage annotation ----
+    void undoAnnotation();
+    void clearAnnotations();
+    // Palette choice from the console: sets the colour and persists it.
+    void chooseMarkColor(const MarkColor& color);
+    void setTool(StageTool tool);
+    // One pointer sample, normalised to the slide; `ended` marks the last one.
+    void handleCanvasPoint(QPointF point, bool ended);
+    void nudgeZoom(double delta);
+    // A pinch under the zoom tool; `magnification` is the running factor.
+    void pinchZoom(double magnification);
 
     // ---- Platform layers, for the subsystems that need them ----
     const PlatformServices& services() const { return services_; }
@@ -160,6 +170,8 @@ private:
     void prefetchUpcoming();
     // Transitions
     void startTransition(const std::optional<PdfPage>& previous);
+    // Stage annotation
+    void pushUndo(AnnotationUndo record);
     // Output window controller: synchronise the window with the model.
     void syncOutput();
 

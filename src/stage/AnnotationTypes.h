@@ -6,8 +6,11 @@
 #include <QRectF>
 #include <QString>
 #include <QUuid>
+#include <QtGlobal>
 
 #include <array>
+#include <functional>
+#include <optional>
 #include <variant>
 #include <vector>
 
@@ -21,6 +24,11 @@ inline constexpr RawEnumTable<StageTool, 5> stageTools{{{
     {StageTool::frame, "frame"},
     {StageTool::zoom, "zoom"},
 }}};
+
+// Title of a tool as an interface-text key.
+inline QString stageToolTitleKey(StageTool tool) { return stageTools.rawValue(tool); }
+// Decodes a stored or typed tool name; an unknown name gives none.
+inline std::optional<StageTool> stageToolFromRaw(QStringView raw) { return stageTools.fromRaw(raw); }
 
 // A free-hand marker line; points normalised to the slide.
 struct Stroke {
@@ -65,6 +73,17 @@ struct MarkColor {
         }};
         return palette;
     }
+};
+
+// The palette is listed by value, so colours hash.
+inline size_t qHash(const MarkColor& c, size_t seed = 0) noexcept
+{
+    return qHashMulti(seed, c.red, c.green, c.blue);
+}
+
+template <>
+struct std::hash<MarkColor> {
+    size_t operator()(const MarkColor& c) const noexcept { return qHash(c); }
 };
 
 namespace AnnotationUndoRecord {

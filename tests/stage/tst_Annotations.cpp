@@ -1,0 +1,274 @@
+#include "model/AppModel.h"
+#include "stage/CanvasInteraction.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+
+#include <QtTest>
+
+#include <unordered_set>
+
+namespace {
+void drawStroke(AppModel& model, QPointF from, QPointF to)
+{
+    model.handleCanvasPoint(from, false);
+    model.handleCanvasPoint((from + to) / 2, false);
+    model.handleCanvasPoint(to, true);
+}
+
+void drawFrame(AppModel& model, QPointF from, QPointF to)
+{
+    model.handleCanvasPoint(from, false);
+    model.handleCanvasPoint(to, true);
+}
+
+const std::vector<Stroke>& strokesOf(const AppModel& model, const QString& key)
+{
+    static const std::vector<Stroke> none;
+    const auto it = model.strokesByPage.peek().find(key);
+    return it == model.strokesByPage.peek().end() ? none : it->second;
+}
+
+const std::vector<FrameRect>& framesOf(const AppModel& model, const QString& key)
+{
+    static const std::vector<FrameRect> none;
+    const auto it = model.framesByPage.peek().find(key);
+    return it == model.framesByPage.peek().end() ? none : it->second;
+}
+}
+
+class AnnotationsTest : public QObject {
+    Q_OBJECT
+
+    TestFolder folder;
+    QString six;
+
+private slots:
+    void initTestCase() { six = folder.pdf("six.pdf", 6); }
+
+    void toolsDecodeAndHashColours()
+    {
+        const auto all = stageTools.all();
+        QCOMPARE(all.size(), std::size_t(5));
+        QCOMPARE(all[0], StageTool::pointer);
+        QCOMPARE(all[4], StageTool::zoom);
+        QCOMPARE(stageToolTitleKey(StageTool::frame), QStringLiteral("frame"));
+        QCOMPARE(stageToolFromRaw(u"marker"), std::optional(StageTool::marker));
+        QVERIFY(!stageToolFromRaw(u"pen"));
+        QVERIFY(!stageToolFromRaw(u"Laser"));
+
+        std::unordered_set<MarkColor> palette(MarkColor::presets().begin(), MarkColor::presets().end());
+        QCOMPARE(palette.size(), std::size_t(6));
+        QCOMPARE(MarkColor(), MarkColor::presets()[0]);
+        QVERIFY(palette.count(MarkColor{0.18, 0.72, 0.96}));
+    }
+
+    void historyKeepsFortyRecords()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.setTool(StageTool::marker);
+        const QString key = model.pageKey();
+        for (int i = 0; i < 41; ++i)
+            drawStroke(model, {0.01 * i, 0.1}, {0.01 * i, 0.9});
+        QCOMPARE(strokesOf(model, key).size(), std::size_t(41));
+        QCOMPARE(model.annotationUndo().size(), std::size_t(40));
+        const QUuid first = strokesOf(model, key).front().id;
+        for (int i = 0; i < 41; ++i)
+            model.undoAnnotation();
+        QCOMPARE(strokesOf(model, key).size(), std::size_t(1));
+        QCOMPARE(strokesOf(model, key).front().id, first);
+        QVERIFY(model.annotationUndo().empty());
+    }
+
+    void undoAfterClearRestoresInOrder()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString key = model.pageKey();
+        model.setTool(StageTool::marker);
+        drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
+        model.chooseMarkColor(MarkColor::presets()[3]);
+        drawStroke(model, {0.3, 0.3}, {0.4, 0.4});
+        model.setTool(StageTool::frame);
+        drawFrame(model, {0.5, 0.5}, {0.7, 0.6});
+        drawFrame(model, {0.9, 0.9}, {0.6, 0.7});  // bottom-right to top-left
+        const auto strokes = strokesOf(model, key);
+        const auto frames = framesOf(model, key);
+        QCOMPARE(strokes.size(), std::size_t(2));
+        QCOMPARE(frames.size(), std::size_t(2));
+        QCOMPARE(strokes[0].red, 1.0);
+        QCOMPARE(strokes[1].green, 0.82);
+        QCOMPARE(strokes[1].lineWidth, 0.008);
+        QCOMPARE(frames[1].rect.topLeft(), QPointF(0.6, 0.7));
+        QVERIFY(qFuzzyCompare(frames[1].rect.width(), 0.3));
+
+        // A clear in the middle of a drag drops the draft as well.
+        model.handleCanvasPoint({0.2, 0.2}, false);
+        QVERIFY(model.draftFrameRect());
+        model.clearAnnotations();
+        QVERIFY(!model.draftFrameRect());
+        QVERIFY(strokesOf(model, key).empty());
+        QVERIFY(framesOf(model, key).empty());
+        QVERIFY(model.strokesByPage().count(key));
+        QCOMPARE(model.annotationUndo().size(), std::size_t(5));
+
+        model.undoAnnotation();
+        QCOMPARE(strokesOf(model, key), strokes);
+        QCOMPARE(framesOf(model, key), frames);
+        model.undoAnnotation();
+        QCOMPARE(framesOf(model, key).size(), std::size_t(1));
+        QCOMPARE(framesOf(model, key)[0], frames[0]);
+        QCOMPARE(strokesOf(model, key), strokes);
+    }
+
+    void clearingAnEmptyPagePushesNothing()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.setTool(StageTool::marker);
+        model.handleCanvasPoint({0.1, 0.1}, false);
+        model.handleCanvasPoint({0.2, 0.1}, false);
+        model.clearAnnotations();
+        QVERIFY(!model.draftStroke());
+        QVERIFY(model.annotationUndo().empty());
+        model.undoAnnotation();  // empty history: nothing happens
+        QVERIFY(model.strokesByPage().empty());
+    }
+
+    void clickAndTinyFramesStoreNothing()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString key = model.pageKey();
+        model.setTool(StageTool::marker);
+        model.handleCanvasPoint({0.4, 0.4}, true);
+        QVERIFY(strokesOf(model, key).empty());
+        QVERIFY(!model.draftStroke());
+        QVERIFY(model.annotationUndo().empty());
+
+        model.setTool(StageTool::frame);
+        drawFrame(model, {0.5, 0.5}, {0.52, 0.6});
+        drawFrame(model, {0.5, 0.5}, {0.6, 0.52});
+        QVERIFY(framesOf(model, key).empty());
+        QVERIFY(!model.draftFrameRect());
+        drawFrame(model, {0.5, 0.5}, {0.521, 0.521});
+        QCOMPARE(framesOf(model, key).size(), std::size_t(1));
+        QCOMPARE(model.annotationUndo().size(), std::size_t(1));
+
+        // While dragging up-left the draft keeps its origin with negative sides.
+        model.handleCanvasPoint({0.5, 0.5}, false);
+        model.handleCanvasPoint({0.3, 0.2}, false);
+        QCOMPARE(model.draftFrameRect()->topLeft(), QPointF(0.5, 0.5));
+        QVERIFY(model.draftFrameRect()->width() < 0);
+    }
+
+    void pointsOutsideAreClamped()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.setTool(StageTool::marker);
+        model.handleCanvasPoint({0.9, 0.5}, false);
+        model.handleCanvasPoint({1.4, -0.3}, false);
+        QCOMPARE(model.draftStroke()->points.back(), QPointF(1.0, 0.0));
+        QCOMPARE(CanvasInput::normalise({-20, 130}, QSizeF(200, 100)), QPointF(0, 1));
+        QCOMPARE(CanvasInput::normalise({50, 25}, QSizeF(200, 100)), QPointF(0.25, 0.25));
+        QCOMPARE(CanvasInput::normalise({0.3, 0.7}, QSizeF(0, 1)), QPointF(0.3, 0.7));
+    }
+
+    void toolsToggleAndHideTheirMarks()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.setTool(StageTool::marker);
+        drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
+        model.setTool(StageTool::marker);
+        QCOMPARE(model.stageTool(), StageTool::pointer);
+        QCOMPARE(strokesOf(model, model.pageKey()).size(), std::size_t(1));
+
+        model.setTool(StageTool::laser);
+        model.handleCanvasPoint({0.3, 0.4}, false);
+        QCOMPARE(model.laserPoint(), std::optional(QPointF(0.3, 0.4)));
+        model.setTool(StageTool::marker);
+        QVERIFY(!model.laserPoint());
+
+        model.setTool(StageTool::laser);
+        model.handleCanvasPoint({0.3, 0.4}, false);
+        model.handleCanvasPoint({0.5, 0.5}, true);
+        QVERIFY(!model.laserPoint());
+
+        model.setTool(StageTool::zoom);
+        model.handleCanvasPoint({0.2, 0.8}, true);
+        QCOMPARE(model.zoomCenter(), std::optional(QPointF(0.2, 0.8)));
+        model.setTool(StageTool::frame);
+        QVERIFY(!model.zoomCenter());
+    }
+
+    void zoomRules()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.nudgeZoom(0.15);  // not the zoom tool: nothing
+        QCOMPARE(model.zoomScale(), 2.2);
+        QVERIFY(!model.zoomCenter());
+
+        model.setTool(StageTool::zoom);
+        for (int i = 0; i < 5; ++i)
+            model.nudgeZoom(*CanvasInput::wheelZoomStep(3));
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.95));
+        QCOMPARE(model.zoomCenter(), std::optional(QPointF(0.5, 0.5)));
+
+        model.zoomScale.set(1.3);
+        model.nudgeZoom(-0.15);
+        model.nudgeZoom(-0.15);
+        QCOMPARE(model.zoomScale(), 1.2);
+        model.handleCanvasPoint({0.2, 0.8}, false);
+        QCOMPARE(model.zoomScale(), 1.6);
+        model.zoomScale.set(4.0);
+        model.handleCanvasPoint({0.2, 0.8}, true);
+        QCOMPARE(model.zoomScale(), 4.0);
+        model.pinchZoom(3.0);
+        QCOMPARE(model.zoomScale(), 6.0);
+        model.pinchZoom(1.0);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.2));
+
+        QVERIFY(!CanvasInput::wheelZoomStep(0.1));
+        QVERIFY(!CanvasInput::wheelZoomStep(-0.05));
+        QCOMPARE(*CanvasInput::wheelZoomStep(-0.2), -0.15);
+        // Pixel deltas come first, angle deltas in notches otherwise.
+        QCOMPARE(CanvasInput::wheelDelta({0, -4}, {0, 120}), -4.0);
+        QCOMPARE(CanvasInput::wheelDelta({0, 0}, {0, 120}), 1.0);
+        QVERIFY(!CanvasInput::wheelZoomStep(CanvasInput::wheelDelta({0, 0}, {0, 12})));
+    }
+
+    void undoOnAnotherPageLeavesTheCurrentOne()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({six});
+        platform.scheduler->runPending();
+        QCOMPARE(model.pageCount(), 6);
+        model.goToPage(2);
+        const QString slide3 = model.pageKey();
+        model.setTool(StageTool::marker);
+        drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
+        model.goToPage(4);
+        const QString slide5 = model.pageKey();
+        QVERIFY(slide3 != slide5);
+        drawStroke(model, {0.3, 0.3}, {0.4, 0.4});
+        model.undoAnnotation();
+        model.undoAnnotation();
+        QCOMPARE(model.pageIndex(), 4);
+        QVERIFY(strokesOf(model, slide3).empty());
+        QVERIFY(strokesOf(model, slide5).empty());
+
+        // Markup stays with its page when paging away and back.
+        drawStroke(model, {0.3, 0.3}, {0.4, 0.4});
+        model.goToPage(0);
+        QVERIFY(strokesOf(model, model.pageKey()).empty());
+        model.goToPage(4);
+        QCOMPARE(strokesOf(model, model.pageKey()).size(), std::size_t(1));
+    }
+};
+
+QTEST_MAIN(AnnotationsTest)
+#include "tst_Annotations.moc"
