@@ -3,7 +3,7 @@
 #include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "platform/Dialogs.h"
-#include "ui/SlideView.h"
+#include "stage/StageCanvas.h"
 
 #include <QKeyEvent>
 #include <QLabel>
@@ -18,7 +18,7 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     auto* central = new QWidget(this);
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(8, 8, 8, 8);
-    slide_ = new SlideView(central);
+    slide_ = new StageCanvas(model_, central);
     pageLabel_ = new QLabel(central);
     pageLabel_->setAlignment(Qt::AlignCenter);
     layout->addWidget(slide_, 1);
@@ -38,7 +38,6 @@ void MainWindow::update()
 {
     fileMenu_->setTitle(QStringLiteral("File"));
     openAction_->setText(L10n::t(QStringLiteral("open.pdf_ellipsis")));
-    slide_->setImage(model_.previewSlideImage());
     if (!model_.document()) {
         pageLabel_->setText(L10n::t(QStringLiteral("slide.none")));
         return;

@@ -4,7 +4,7 @@
 
 class AppModel;
 class QLabel;
-class SlideView;
+class StageCanvas;
 namespace obs { class Follower; }
 
 // The operator's window: the current slide as large as it fits and its number.
@@ -20,7 +20,7 @@ private:
     void update();
 
     AppModel& model_;
-    SlideView* slide_;
+    StageCanvas* slide_;
     QLabel* pageLabel_;
     QAction* openAction_;
     QMenu* fileMenu_;

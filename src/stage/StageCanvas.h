@@ -1,0 +1,44 @@
+#pragma once
+
+#include "output/OutputTypes.h"
+
+#include <QWidget>
+
+class AppModel;
+namespace obs { class Follower; }
+
+// The operator's large slide view. Shows the stage preview with all markup and
+// turns hover, drags, pinches and the wheel into model calls. It never takes
+// keyboard focus, so the console's keys keep working.
+class StageCanvas : public QWidget {
+public:
+    explicit StageCanvas(AppModel& model, QWidget* parent = nullptr);
+
+    // Where the slide sits: the largest rectangle of the slide's aspect,
+    // centred. Input is normalised against it so points land on the slide.
+    QRectF slideRect() const;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    void refresh();
+    QPointF normalised(QPointF position) const;
+    bool isDragTool() const;
+    void pinchTo(double magnification);
+
+    AppModel& model_;
+    obs::Follower* follower_;
+    OutputFrameState state_;
+    bool dragging_ = false;
+    bool pressPending_ = false;
+    QPointF pressPoint_;
+    double pinchRunning_ = 1.0;
+    double pinchReported_ = 1.0;
+};

@@ -1,0 +1,188 @@
+#include "model/AppModel.h"
+#include "stage/StageCanvas.h"
+#include "support/FakePlatform.h"
+
+#include <QtTest>
+
+namespace {
+// A 400×225 canvas shows a 16:9 slide edge to edge; a taller one letterboxes.
+QPoint at(const StageCanvas& canvas, double nx, double ny)
+{
+    const QRectF r = canvas.slideRect();
+    return QPointF(r.x() + nx * r.width(), r.y() + ny * r.height()).toPoint();
+}
+
+void wheel(QWidget& w, QPoint pixel, QPoint angle, bool* accepted = nullptr)
+{
+    const QPointF pos(w.width() / 2.0, w.height() / 2.0);
+    QWheelEvent event(pos, w.mapToGlobal(pos), pixel, angle, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                      false);
+    QCoreApplication::sendEvent(&w, &event);
+    if (accepted)
+        *accepted = event.isAccepted();
+}
+
+const std::vector<Stroke>& strokesHere(const AppModel& model)
+{
+    static const std::vector<Stroke> none;
+    const auto it = model.strokesByPage.peek().find(model.pageKey());
+    return it == model.strokesByPage.peek().end() ? none : it->second;
+}
+}
+
+class StageCanvasTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void neverTakesFocus()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        QCOMPARE(canvas.focusPolicy(), Qt::NoFocus);
+        QVERIFY(canvas.hasMouseTracking());
+    }
+
+    void markerDragStoresAStrokeClampedToTheEdge()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        canvas.resize(400, 300);  // letterboxed: 400×225 slide, 37.5 px bands
+        canvas.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        QCOMPARE(canvas.slideRect().height(), 225.0);
+        model.setTool(StageTool::marker);
+
+        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.25, 0.5));
+        QTest::mouseMove(&canvas, at(canvas, 0.5, 0.5));
+        QVERIFY(model.draftStroke());
+        QTest::mouseMove(&canvas, QPoint(600, -50));  // far outside, up-right
+        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(600, -50));
+        QVERIFY(!model.draftStroke());
+        const auto& strokes = strokesHere(model);
+        QCOMPARE(strokes.size(), std::size_t(1));
+        const auto& pts = strokes[0].points;
+        QVERIFY(pts.size() >= 3);
+        QVERIFY(qAbs(pts.front().x() - 0.25) < 0.01);
+        QVERIFY(qAbs(pts.front().y() - 0.5) < 0.01);
+        QCOMPARE(pts.back(), QPointF(1.0, 0.0));
+
+        // A click stores nothing.
+        QTest::mouseClick(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.5, 0.5));
+        QCOMPARE(strokesHere(model).size(), std::size_t(1));
+        QCOMPARE(model.annotationUndo().size(), std::size_t(1));
+        QVERIFY(!model.draftStroke());
+
+        // A drag starting in the black band begins on the slide's top edge.
+        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 5));
+        QTest::mouseMove(&canvas, QPoint(200, 150));
+        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 150));
+        QCOMPARE(strokesHere(model).size(), std::size_t(2));
+        QCOMPARE(strokesHere(model)[1].points.front(), QPointF(0.5, 0.0));
+    }
+
+    void laserFollowsHoverAndHidesOnLeave()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        canvas.resize(320, 180);
+        canvas.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+
+        QTest::mouseMove(&canvas, at(canvas, 0.5, 0.5));
+        QVERIFY(!model.laserPoint());  // pointer tool: hover does nothing
+
+        model.setTool(StageTool::laser);
+        QTest::mouseMove(&canvas, at(canvas, 0.25, 0.75));
+        QVERIFY(model.laserPoint());
+        QVERIFY(qAbs(model.laserPoint()->x() - 0.25) < 0.01);
+        QVERIFY(qAbs(model.laserPoint()->y() - 0.75) < 0.01);
+        // A press under the laser neither draws nor drops the dot.
+        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.5, 0.5));
+        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.5, 0.5));
+        QVERIFY(model.laserPoint());
+        QVERIFY(model.strokesByPage().empty());
+
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(&canvas, &leave);
+        QVERIFY(!model.laserPoint());
+    }
+
+    void frameAndZoomByMouse()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        canvas.resize(320, 180);
+        canvas.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+
+        model.setTool(StageTool::frame);
+        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.75, 0.75));
+        QTest::mouseMove(&canvas, at(canvas, 0.25, 0.25));
+        QVERIFY(model.draftFrameRect());
+        QVERIFY(model.draftFrameRect()->width() < 0);
+        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.25, 0.25));
+        const auto& frames = model.framesByPage().at(model.pageKey());
+        QCOMPARE(frames.size(), std::size_t(1));
+        QVERIFY(frames[0].rect.width() > 0.45 && frames[0].rect.height() > 0.45);
+
+        model.setTool(StageTool::zoom);
+        model.zoomScale.set(1.2);
+        QTest::mouseClick(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.2, 0.8));
+        QVERIFY(model.zoomCenter());
+        QVERIFY(qAbs(model.zoomCenter()->x() - 0.2) < 0.01);
+        QCOMPARE(model.zoomScale(), 1.6);
+    }
+
+    void wheelNudgesZoomOnlyUnderZoom()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        canvas.resize(320, 180);
+
+        wheel(canvas, {}, {0, 120});
+        QCOMPARE(model.zoomScale(), 2.2);  // pointer tool: ignored
+
+        model.setTool(StageTool::zoom);
+        for (int i = 0; i < 5; ++i)
+            wheel(canvas, {}, {0, 120});
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.95));
+        QCOMPARE(model.zoomCenter(), std::optional(QPointF(0.5, 0.5)));
+
+        // The pixel delta wins over the angle delta.
+        wheel(canvas, {0, -3}, {0, 120});
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.8));
+
+        // A tiny delta is passed on untouched.
+        bool accepted = true;
+        wheel(canvas, {}, {0, 6}, &accepted);
+        QVERIFY(!accepted);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.8));
+    }
+
+    void pinchScalesTheZoom()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        model.setTool(StageTool::zoom);
+        const QPointingDevice* pad = QPointingDevice::primaryPointingDevice();
+        const auto send = [&](Qt::NativeGestureType type, double value) {
+            QNativeGestureEvent e(type, pad, 2, QPointF(10, 10), QPointF(10, 10), QPointF(10, 10), value, {}, {});
+            QCoreApplication::sendEvent(&canvas, &e);
+        };
+        send(Qt::BeginNativeGesture, 0);
+        send(Qt::ZoomNativeGesture, 0.5);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 1.5 * 2.2));
+        send(Qt::ZoomNativeGesture, 1.0);  // running factor 3
+        QCOMPARE(model.zoomScale(), 6.0);
+        send(Qt::EndNativeGesture, 0);
+    }
+};
+
+QTEST_MAIN(StageCanvasTest)
+#include "tst_StageCanvas.moc"
