@@ -11,6 +11,7 @@
 #include <QPinchGesture>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -54,23 +55,23 @@ void StageCanvas::refresh()
     s.accentGreen = color.green;
     s.accentBlue = color.blue;
     state_ = std::move(s);
+    // The audience's picture has the published frame's aspect.
+    const PixelSize frame = model_.syphonPixelSize();
+    aspect_ = QSizeF(std::max(frame.width, 1), std::max(frame.height, 1));
     update();
 }
 
-QRectF StageCanvas::slideRect() const
+QRectF StageCanvas::pictureRect() const
 {
-    QSizeF aspect(16, 9);
-    if (state_.incoming && !state_.incoming->isNull())
-        aspect = state_.incoming->size();
-    QSizeF size = aspect;
+    QSizeF size = aspect_;
     size.scale(QSizeF(width(), height()), Qt::KeepAspectRatio);
     return QRectF((width() - size.width()) / 2, (height() - size.height()) / 2, size.width(), size.height());
 }
 
 QPointF StageCanvas::normalised(QPointF position) const
 {
-    const QRectF slide = slideRect();
-    return CanvasInput::normalise(position - slide.topLeft(), slide.size());
+    const QRectF picture = pictureRect();
+    return CanvasInput::normalise(position - picture.topLeft(), picture.size());
 }
 
 bool StageCanvas::isDragTool() const
@@ -79,60 +80,86 @@ bool StageCanvas::isDragTool() const
     return tool != StageTool::pointer && tool != StageTool::laser;
 }
 
-void StageCanvas::paintEvent(QPaintEvent*)
+namespace {
+// Stand-in for the shared compositor, which is not in this branch yet: the
+// same drawing rules, so the stage looks as the output will.
+// COMPOSITOR-MERGE: replace with OutputCompositor::draw(state, painter, size).
+void drawPreview(const OutputFrameState& state, QPainter& p, QSizeF size)
 {
-    // Plain drawing of the preview and its markup; the shared compositor
-    // takes this over once it is available.
-    QPainter p(this);
-    p.fillRect(rect(), Qt::black);
-    const QRectF slide = slideRect();
-    p.setClipRect(slide);
+    const double w = size.width();
+    const double h = size.height();
+    const double shorter = std::min(w, h);
+    p.fillRect(QRectF(0, 0, w, h), Qt::black);
+    if (state.isBlackout)
+        return;
+    p.save();
     p.setRenderHint(QPainter::Antialiasing);
     p.setRenderHint(QPainter::SmoothPixmapTransform);
-    p.translate(slide.topLeft());
-    const double w = slide.width();
-    const double h = slide.height();
-    if (state_.zoomCenter) {
-        const QPointF c(state_.zoomCenter->x() * w, state_.zoomCenter->y() * h);
-        p.translate(c);
-        p.scale(state_.zoomScale, state_.zoomScale);
-        p.translate(-c);
+    const double s = std::max(state.zoomScale, 1.0);
+    if (s > 1.02 && state.zoomCenter) {
+        p.translate(w / 2, h / 2);
+        p.scale(s, s);
+        p.translate(-std::clamp(state.zoomCenter->x(), 0.0, 1.0) * w, -std::clamp(state.zoomCenter->y(), 0.0, 1.0) * h);
     }
-    if (state_.incoming && !state_.incoming->isNull())
-        p.drawImage(QRectF(0, 0, w, h), *state_.incoming);
-
+    if (state.incoming && !state.incoming->isNull()) {
+        QSizeF fitted = state.incoming->size();
+        fitted.scale(size, state.fit == ContentFit::cover ? Qt::KeepAspectRatioByExpanding : Qt::KeepAspectRatio);
+        p.drawImage(QRectF(QPointF((w - fitted.width()) / 2, (h - fitted.height()) / 2), fitted), *state.incoming);
+    }
     const auto at = [&](QPointF n) { return QPointF(n.x() * w, n.y() * h); };
-    const auto drawStroke = [&](const Stroke& s) {
-        if (s.points.empty())
+    const auto drawFrame = [&](QRectF r, QColor color) {
+        const QRectF scaled = QRectF(at(r.topLeft()), at(r.bottomRight())).normalized();
+        if (scaled.width() <= 1 || scaled.height() <= 1)
             return;
-        QPainterPath path(at(s.points.front()));
-        for (std::size_t i = 1; i < s.points.size(); ++i)
-            path.lineTo(at(s.points[i]));
-        p.setPen(QPen(colorOf(s.red, s.green, s.blue), std::max(1.0, s.lineWidth * w), Qt::SolidLine, Qt::RoundCap,
-                      Qt::RoundJoin));
+        QColor fill = color;
+        fill.setAlphaF(0.12f);
+        p.setPen(QPen(color, std::max(0.007 * shorter, 3.0), Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
+        p.setBrush(fill);
+        p.drawRect(scaled);
+    };
+    const auto drawStroke = [&](const Stroke& stroke) {
+        if (stroke.points.size() < 2)
+            return;
+        QPainterPath path(at(stroke.points.front()));
+        for (std::size_t i = 1; i < stroke.points.size(); ++i)
+            path.lineTo(at(stroke.points[i]));
+        QColor color = colorOf(stroke.red, stroke.green, stroke.blue);
+        color.setAlphaF(0.92f);
+        p.setPen(QPen(color, std::max(stroke.lineWidth * shorter, 2.0), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         p.setBrush(Qt::NoBrush);
         p.drawPath(path);
     };
-    const auto drawRect = [&](QRectF r, QColor color) {
-        p.setPen(QPen(color, std::max(1.0, 0.004 * w)));
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(QRectF(at(r.topLeft()), at(r.bottomRight())).normalized());
-    };
-    for (const auto& s : state_.strokes)
-        drawStroke(s);
-    for (const auto& f : state_.frames)
-        drawRect(f.rect, colorOf(f.red, f.green, f.blue));
-    const QColor accent = colorOf(state_.accentRed, state_.accentGreen, state_.accentBlue);
-    if (state_.draftStroke)
-        drawStroke(*state_.draftStroke);
-    if (state_.draftFrame)
-        drawRect(*state_.draftFrame, accent);
-    if (state_.laserPoint) {
-        const double r = std::max(4.0, 0.012 * w);
+    const QColor accent = colorOf(state.accentRed, state.accentGreen, state.accentBlue);
+    for (const auto& f : state.frames)
+        drawFrame(f.rect, colorOf(f.red, f.green, f.blue));
+    if (state.draftFrame)
+        drawFrame(*state.draftFrame, accent);
+    for (const auto& stroke : state.strokes)
+        drawStroke(stroke);
+    if (state.draftStroke)
+        drawStroke(*state.draftStroke);
+    if (state.laserPoint) {
+        const QPointF c = at(*state.laserPoint);
+        QColor glow = accent;
+        glow.setAlphaF(0.28f);
         p.setPen(Qt::NoPen);
+        p.setBrush(glow);
+        p.drawEllipse(c, 17.0, 17.0);
         p.setBrush(accent);
-        p.drawEllipse(at(*state_.laserPoint), r, r);
+        p.drawEllipse(c, 6.0, 6.0);
     }
+    p.restore();
+}
+}
+
+void StageCanvas::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), Qt::black);
+    const QRectF picture = pictureRect();
+    painter.setClipRect(picture);
+    painter.translate(picture.topLeft());
+    drawPreview(state_, painter, picture.size());
 }
 
 void StageCanvas::mousePressEvent(QMouseEvent* event)

@@ -14,9 +14,10 @@ class StageCanvas : public QWidget {
 public:
     explicit StageCanvas(AppModel& model, QWidget* parent = nullptr);
 
-    // Where the slide sits: the largest rectangle of the slide's aspect,
-    // centred. Input is normalised against it so points land on the slide.
-    QRectF slideRect() const;
+    // Where the audience's picture sits: the largest rectangle of the output
+    // frame's aspect, centred. Markup is normalised to that picture, so input
+    // is normalised against this rectangle and lands where it is drawn.
+    QRectF pictureRect() const;
 
 protected:
     bool event(QEvent* event) override;
@@ -36,6 +37,7 @@ private:
     AppModel& model_;
     obs::Follower* follower_;
     OutputFrameState state_;
+    QSizeF aspect_{16, 9};
     bool dragging_ = false;
     bool pressPending_ = false;
     QPointF pressPoint_;

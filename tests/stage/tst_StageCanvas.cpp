@@ -8,7 +8,7 @@ namespace {
 // A 400×225 canvas shows a 16:9 slide edge to edge; a taller one letterboxes.
 QPoint at(const StageCanvas& canvas, double nx, double ny)
 {
-    const QRectF r = canvas.slideRect();
+    const QRectF r = canvas.pictureRect();
     return QPointF(r.x() + nx * r.width(), r.y() + ny * r.height()).toPoint();
 }
 
@@ -51,7 +51,7 @@ private slots:
         canvas.resize(400, 300);  // letterboxed: 400×225 slide, 37.5 px bands
         canvas.show();
         QVERIFY(QTest::qWaitForWindowExposed(&canvas));
-        QCOMPARE(canvas.slideRect().height(), 225.0);
+        QCOMPARE(canvas.pictureRect().height(), 225.0);
         model.setTool(StageTool::marker);
 
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.25, 0.5));
@@ -80,6 +80,27 @@ private slots:
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 150));
         QCOMPARE(strokesHere(model).size(), std::size_t(2));
         QCOMPARE(strokesHere(model)[1].points.front(), QPointF(0.5, 0.0));
+    }
+
+    void markupIsDrawnWhereTheInputLanded()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        StageCanvas canvas(model);
+        canvas.resize(400, 300);
+        canvas.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        model.setTool(StageTool::marker);
+        model.chooseMarkColor(MarkColor::presets()[3]);  // green
+        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.2, 0.3));
+        QTest::mouseMove(&canvas, at(canvas, 0.5, 0.3));
+        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.8, 0.3));
+        QCoreApplication::processEvents();  // the follower's queued redraw
+        const QImage shot = canvas.grab().toImage();
+        const QColor onStroke = shot.pixelColor(at(canvas, 0.6, 0.3));
+        QVERIFY2(onStroke.green() > 150 && onStroke.red() < 120, qPrintable(onStroke.name()));
+        QCOMPARE(shot.pixelColor(at(canvas, 0.6, 0.6)), QColor(Qt::black));
+        QCOMPARE(shot.pixelColor(QPoint(200, 5)), QColor(Qt::black));
     }
 
     void laserFollowsHoverAndHidesOnLeave()
