@@ -15,43 +15,53 @@ TestFolder* folder = nullptr;
 QString deckA;
 QString deckB;
 
+// `ahead`: the slide after the current one was rendered between presses, as
+// in a show. Otherwise every press renders its slide from a fresh document.
 void nextWithinFile(benchmark::State& state)
 {
-    FakePlatform platform;
-    AppModel model(platform.services());
-    model.replacePlaylist({deckA});
+    const bool ahead = state.range(0) != 0;
     for (auto _ : state) {
-        if (!model.canGoNext()) {
-            state.PauseTiming();
-            model.goToPage(0);
-            state.ResumeTiming();
+        state.PauseTiming();
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({deckA});
+        model.goToPage(10);
+        if (ahead) {
+            auto next = model.upcomingPage();
+            (void)next->document->render(next->index, QSize(1920, 1080));
         }
+        state.ResumeTiming();
         model.goToNextSlide();
         state.PauseTiming();
-        // Let a render ahead finish as it would between two presses.
-        if (auto next = model.upcomingPage())
-            (void)next->document->render(next->index, QSize(1920, 1080));
+        if (model.pageIndex() != 11)
+            state.SkipWithError("did not move");
         state.ResumeTiming();
     }
 }
-BENCHMARK(nextWithinFile)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
+BENCHMARK(nextWithinFile)->Arg(0)->Arg(1)->Iterations(40)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
 
 void nextAcrossFiles(benchmark::State& state)
 {
-    FakePlatform platform;
-    AppModel model(platform.services());
-    model.replacePlaylist({deckA, deckB});
+    const bool ahead = state.range(0) != 0;
     for (auto _ : state) {
         state.PauseTiming();
-        model.selectPlaylistItem(model.playlist()[0].id);
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({deckA, deckB});
         model.goToPage(29);
-        if (auto next = model.upcomingPage())
+        if (ahead) {
+            auto next = model.upcomingPage();
             (void)next->document->render(next->index, QSize(1920, 1080));
+        }
         state.ResumeTiming();
         model.goToNextSlide();
+        state.PauseTiming();
+        if (model.playlistIndex() != 1)
+            state.SkipWithError("did not cross");
+        state.ResumeTiming();
     }
 }
-BENCHMARK(nextAcrossFiles)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
+BENCHMARK(nextAcrossFiles)->Arg(0)->Arg(1)->Iterations(40)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
 
 }
 

@@ -1,0 +1,93 @@
+#include "model/AppModel.h"
+#include "support/FakePlatform.h"
+
+#include <QtTest>
+
+namespace {
+PlatformScreen screen(uint32_t id, const QString& name, QRectF frame)
+{
+    return PlatformScreen{id, name, frame, 1.0};
+}
+}
+
+class AppModelTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void startWithOneDisplayKeepsTheOutputHidden()
+    {
+        FakePlatform platform;
+        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900))};
+        platform.screens->mainId = 7;
+        platform.recents->items = {"/a.pdf", "/b.pdf"};
+        AppModel model(platform.services());
+        model.start();
+        QVERIFY(!model.isOutputVisible());
+        QCOMPARE(model.displays().size(), std::size_t(1));
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(7));
+        QCOMPARE(model.recentFiles(), (QStringList{"/a.pdf", "/b.pdf"}));
+        QCOMPARE(platform.activity->reasons, (std::vector<QString>{"Live clicker and Syphon output"}));
+    }
+
+    void startWithTwoDisplaysShowsTheOutputOnTheOtherOne()
+    {
+        FakePlatform platform;
+        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900)),
+                                  screen(9, "Projector", QRectF(1440, 0, 1920, 1080))};
+        platform.screens->mainId = 7;
+        AppModel model(platform.services());
+        model.start();
+        QVERIFY(model.isOutputVisible());
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(9));
+    }
+
+    void displayChangesAreFollowedOnTheMainThread()
+    {
+        FakePlatform platform;
+        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900)),
+                                  screen(9, "Projector", QRectF(1440, 0, 1920, 1080))};
+        platform.screens->mainId = 7;
+        std::optional<AppModel> model(std::in_place, platform.services());
+        model->start();
+        // The projector is unplugged: the refresh comes on a later turn.
+        platform.screens->list.pop_back();
+        platform.screens->changed();
+        QCOMPARE(model->displays().size(), std::size_t(2));
+        platform.scheduler->runPending();
+        QCOMPARE(model->displays().size(), std::size_t(1));
+        QCOMPARE(model->selectedDisplayID(), std::optional<uint32_t>(7));
+        // A change reported after the model is gone does nothing.
+        platform.screens->changed();
+        model.reset();
+        platform.scheduler->runPending();
+    }
+
+    void languageIsWrittenOnEveryAssignment()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const AppLanguage current = model.interfaceLanguage();
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)model.interfaceLanguage(); }, [&] { ++told; });
+        model.interfaceLanguage.set(current);
+        QCOMPARE(told, 0);
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), appLanguages.rawValue(current));
+        model.interfaceLanguage.set(AppLanguage::german);
+        QCOMPARE(told, 1);
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("de"));
+    }
+
+    void rawValuesDecodeOnlyKnownCases()
+    {
+        QCOMPARE(aspectModes.fromRaw(u"r16x9"), std::optional<AspectMode>(AspectMode::r16x9));
+        QVERIFY(!aspectModes.fromRaw(u"16x9"));
+        QCOMPARE(stageTools.rawValue(StageTool::zoom), QStringLiteral("zoom"));
+        QVERIFY(!stageTools.fromRaw(u"Zoom"));
+        QCOMPARE(appLanguages.fromRaw(u"zh-Hans"), std::optional<AppLanguage>(AppLanguage::chinese));
+        QCOMPARE(aspectModes.all().size(), std::size_t(9));
+        QCOMPARE(aspectModes.all().front(), AspectMode::fillDisplay);
+    }
+};
+
+QTEST_MAIN(AppModelTest)
+#include "tst_AppModel.moc"
