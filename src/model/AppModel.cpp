@@ -40,7 +40,8 @@ void AppModel::start()
     // 1. The display list.
     if (services_.screens)
         refreshDisplays();
-    // 2. Preferences. (Restored by the preferences subsystem.)
+    // 2. Preferences, before anything that starts with their values.
+    restorePreferences();
     // 3. Clicker monitor. (Started by the clicker subsystem.)
     // 4. Keep the machine awake and responsive for the whole run.
     if (!presentationActivity.peek() && services_.activity)

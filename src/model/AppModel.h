@@ -138,6 +138,8 @@ public:
     // ---- Transitions ----
 
     // ---- Preferences ----
+    // Writes every preference from the current properties.
+    void persistPreferences();
 
     // ---- Shows, cues and notes, intake ----
 
@@ -168,6 +170,8 @@ private:
     void finishPageMove(const std::optional<PdfPage>& outgoing);
     ImagePtr renderSlide(const PdfPage& page) const;
     void prefetchUpcoming();
+    // Preferences
+    void restorePreferences();
     // Transitions
     void startTransition(const std::optional<PdfPage>& previous);
     // Stage annotation

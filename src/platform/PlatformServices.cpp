@@ -3,6 +3,7 @@
 #include "platform/DBusActivity.h"
 #include "platform/Dialogs.h"
 #include "platform/MuPdfEngine.h"
+#include "platform/QSettingsPreferences.h"
 #include "platform/Scheduler.h"
 
 PlatformServices PlatformServices::forThisMachine()
@@ -11,8 +12,9 @@ PlatformServices PlatformServices::forThisMachine()
     s.pdf = std::make_shared<MuPdfEngine>();
     s.dialogs = std::make_shared<QtDialogs>();
     s.scheduler = std::make_shared<QtScheduler>();
+    s.preferences = std::make_shared<QSettingsPreferences>();
     s.activity = std::make_shared<DBusActivity>();
-    // Screens, preferences, recent documents and the frame sink join here as
+    // Screens, recent documents and the frame sink join here as
     // their layers are built.
     return s;
 }

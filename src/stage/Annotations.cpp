@@ -68,6 +68,5 @@ void AppModel::clearAnnotations()
 void AppModel::chooseMarkColor(const MarkColor& color)
 {
     markColor.set(color);
-    // PREFS-MERGE: enable once AppModel::persistPreferences() is in main.
-    // persistPreferences();
+    persistPreferences();
 }

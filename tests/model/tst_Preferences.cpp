@@ -1,0 +1,145 @@
+#include "model/AppModel.h"
+#include "platform/QSettingsPreferences.h"
+#include "support/FakePlatform.h"
+
+#include <QtTest>
+
+class PreferencesTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void persistWritesEveryKeyInOrder()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.persistPreferences();
+        const std::vector<QString> order{"aspect", "contentFit", "customWidth", "customHeight", "outputAlwaysOnTop",
+                                         "isSyphonEnabled", "transitionStyle", "transitionDuration", "plannedDuration",
+                                         "hideOutputCursor", "interfaceLanguage", "markRed", "markGreen", "markBlue"};
+        QCOMPARE(platform.preferences->writes, order);  // no display selected: no display key
+        model.selectedDisplayID.set(42);
+        platform.preferences->writes.clear();
+        model.persistPreferences();
+        QCOMPARE(platform.preferences->writes.back(), QStringLiteral("selectedDisplayID"));
+        model.selectedDisplayID.set(std::nullopt);
+        model.persistPreferences();
+        // The key is never removed.
+        QCOMPARE(platform.preferences->values.value("selectedDisplayID").toULongLong(), 42ULL);
+    }
+
+    void roundTripThroughARealSettingsFile()
+    {
+        QTemporaryDir dir;
+        const QString file = dir.filePath("prefs.ini");
+        FakePlatform platform;
+        {
+            PlatformServices services = platform.services();
+            services.preferences = std::make_shared<QSettingsPreferences>(file);
+            AppModel model(services);
+            model.aspect.set(AspectMode::r4x3);
+            model.contentFit.set(ContentFit::cover);
+            model.customWidth.set(1280);
+            model.customHeight.set(720);
+            model.outputAlwaysOnTop.set(false);
+            model.isSyphonEnabled.set(false);
+            model.transitionStyle.set(TransitionStyle::none);
+            model.transitionDuration.set(0.8);
+            model.plannedDuration.set(1800);
+            model.hideOutputCursor.set(false);
+            model.interfaceLanguage.set(AppLanguage::chinese);
+            model.markColor.set(MarkColor{0.18, 0.72, 0.96});
+            model.selectedDisplayID.set(4000000000u);
+            model.persistPreferences();
+        }
+        PlatformServices services = platform.services();
+        services.preferences = std::make_shared<QSettingsPreferences>(file);
+        AppModel model(services);
+        model.start();
+        QCOMPARE(model.aspect(), AspectMode::r4x3);
+        QCOMPARE(model.contentFit(), ContentFit::cover);
+        QCOMPARE(model.customWidth(), 1280);
+        QCOMPARE(model.customHeight(), 720);
+        QVERIFY(!model.outputAlwaysOnTop());
+        QVERIFY(!model.isSyphonEnabled());
+        QCOMPARE(model.transitionStyle(), TransitionStyle::none);
+        QCOMPARE(model.transitionDuration(), 0.8);
+        QCOMPARE(model.plannedDuration(), 1800.0);
+        QVERIFY(!model.hideOutputCursor());
+        QCOMPARE(model.interfaceLanguage(), AppLanguage::chinese);
+        QCOMPARE(model.markColor(), (MarkColor{0.18, 0.72, 0.96}));
+    }
+
+    void badStoredValuesKeepTheDefaults()
+    {
+        FakePlatform platform;
+        auto& v = platform.preferences->values;
+        v["aspect"] = "r21x9";
+        v["contentFit"] = "stretch";
+        v["customWidth"] = 0;
+        v["customHeight"] = 720;
+        v["transitionStyle"] = "wipe";
+        v["transitionDuration"] = -0.2;
+        v["plannedDuration"] = -60.0;
+        v["interfaceLanguage"] = "fr";
+        v["selectedDisplayID"] = 4294967296LL;
+        v["outputAlwaysOnTop"] = "maybe";
+        AppModel model(platform.services());
+        model.start();
+        QCOMPARE(model.aspect(), AspectMode::fillDisplay);
+        QCOMPARE(model.contentFit(), ContentFit::contain);
+        QCOMPARE(model.customWidth(), 1920);
+        QCOMPARE(model.customHeight(), 720);
+        QCOMPARE(model.transitionStyle(), TransitionStyle::fade);
+        QCOMPARE(model.transitionDuration(), 0.45);
+        QCOMPARE(model.plannedDuration(), -60.0);  // applied as read: no plan
+        QVERIFY(!model.timerRemaining());
+        QVERIFY(model.outputAlwaysOnTop());
+        QVERIFY(!model.selectedDisplayID());
+        // An unknown language is replaced by the detected one, and written back.
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(),
+                 appLanguages.rawValue(AppLanguages::detected()));
+
+        FakePlatform negative;
+        negative.preferences->values["selectedDisplayID"] = -5;
+        AppModel other(negative.services());
+        other.start();
+        QVERIFY(!other.selectedDisplayID());
+    }
+
+    void firstRunStoresTheDetectedLanguage()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QVERIFY(!platform.preferences->values.contains("interfaceLanguage"));
+        model.start();
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(),
+                 appLanguages.rawValue(AppLanguages::detected()));
+        QCOMPARE(AppLanguages::detect({"de-DE"}), AppLanguage::german);
+    }
+
+    void markRedAloneGivesRedOnly()
+    {
+        FakePlatform platform;
+        platform.preferences->values["markRed"] = 0.5;
+        AppModel model(platform.services());
+        model.start();
+        QCOMPARE(model.markColor(), (MarkColor{0.5, 0, 0}));
+
+        FakePlatform none;
+        none.preferences->values["markGreen"] = 0.9;  // without red nothing applies
+        AppModel other(none.services());
+        other.start();
+        QCOMPARE(other.markColor(), MarkColor{});
+    }
+
+    void choosingAPaletteColourPersists()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.chooseMarkColor(MarkColor::presets()[3]);
+        QCOMPARE(platform.preferences->values.value("markGreen").toDouble(), 0.82);
+    }
+};
+
+QTEST_MAIN(PreferencesTest)
+#include "tst_Preferences.moc"
