@@ -134,6 +134,9 @@ public:
     QSizeF snapshotSize() const;
     std::optional<OutputDisplay> preferredOutputDisplay() const;
     std::optional<OutputDisplay> selectedDisplay() const;
+    OutputFrameState outputFrameState() const;
+    OutputFrameState stagePreviewState() const;
+    bool needsLiveOutput() const;
 
     // ---- Transitions ----
 

@@ -103,3 +103,55 @@ QSizeF AppModel::snapshotSize() const
     const int h = std::max({published.height, static_cast<int>(window.height()), 1080});
     return QSizeF(w, h);
 }
+
+OutputFrameState AppModel::outputFrameState() const
+{
+    OutputFrameState s;
+    s.incoming = incomingSlideImage();
+    s.outgoing = outgoingSlideImage();
+    s.progress = transitionProgress();
+    s.isBlackout = isBlackout();
+    s.fit = contentFit();
+    const StageTool tool = stageTool();
+    if (tool == StageTool::laser)
+        s.laserPoint = laserPoint();
+    if (tool == StageTool::zoom) {
+        s.zoomCenter = zoomCenter();
+        s.zoomScale = zoomScale();
+    }
+    const QString key = pageKey();
+    if (const auto it = strokesByPage().find(key); it != strokesByPage().end())
+        s.strokes = it->second;
+    if (const auto it = framesByPage().find(key); it != framesByPage().end())
+        s.frames = it->second;
+    s.draftStroke = draftStroke();
+    s.draftFrame = draftFrameRect();
+    const MarkColor colour = markColor();
+    s.accentRed = colour.red;
+    s.accentGreen = colour.green;
+    s.accentBlue = colour.blue;
+    return s;
+}
+
+OutputFrameState AppModel::stagePreviewState() const
+{
+    // The stage always shows the operator's page: never blacked out, never fading.
+    OutputFrameState s = outputFrameState();
+    s.incoming = previewSlideImage();
+    s.outgoing = nullptr;
+    s.progress = 1.0;
+    s.isBlackout = false;
+    return s;
+}
+
+bool AppModel::needsLiveOutput() const
+{
+    if (transitionProgress() < 0.999)
+        return true;
+    const StageTool tool = stageTool();
+    if (tool == StageTool::laser)
+        return true;
+    if (draftStroke() || draftFrameRect())
+        return true;
+    return tool == StageTool::zoom && zoomCenter().has_value();
+}

@@ -1,25 +1,19 @@
 #include "stage/StageCanvas.h"
 
 #include "model/AppModel.h"
+#include "output/OutputCompositor.h"
 #include "stage/CanvasInteraction.h"
 
 #include <QGestureEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPinchGesture>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
 
-namespace {
-QColor colorOf(double r, double g, double b)
-{
-    return QColor::fromRgbF(static_cast<float>(r), static_cast<float>(g), static_cast<float>(b));
-}
-}
 
 StageCanvas::StageCanvas(AppModel& model, QWidget* parent)
     : QWidget(parent)
@@ -37,23 +31,7 @@ StageCanvas::StageCanvas(AppModel& model, QWidget* parent)
 // Collects what the stage shows, under tracking, so any change redraws.
 void StageCanvas::refresh()
 {
-    OutputFrameState s;
-    s.incoming = model_.previewSlideImage();
-    s.fit = ContentFit::contain;
-    s.laserPoint = model_.laserPoint();
-    s.zoomCenter = model_.zoomCenter();
-    s.zoomScale = model_.zoomScale();
-    const QString key = model_.pageKey();
-    if (const auto it = model_.strokesByPage().find(key); it != model_.strokesByPage().end())
-        s.strokes = it->second;
-    if (const auto it = model_.framesByPage().find(key); it != model_.framesByPage().end())
-        s.frames = it->second;
-    s.draftStroke = model_.draftStroke();
-    s.draftFrame = model_.draftFrameRect();
-    const MarkColor color = model_.markColor();
-    s.accentRed = color.red;
-    s.accentGreen = color.green;
-    s.accentBlue = color.blue;
+    OutputFrameState s = model_.stagePreviewState();
     state_ = std::move(s);
     // The audience's picture has the published frame's aspect.
     const PixelSize frame = model_.syphonPixelSize();
@@ -80,78 +58,6 @@ bool StageCanvas::isDragTool() const
     return tool != StageTool::pointer && tool != StageTool::laser;
 }
 
-namespace {
-// Stand-in for the shared compositor, which is not in this branch yet: the
-// same drawing rules, so the stage looks as the output will.
-// COMPOSITOR-MERGE: replace with OutputCompositor::draw(state, painter, size).
-void drawPreview(const OutputFrameState& state, QPainter& p, QSizeF size)
-{
-    const double w = size.width();
-    const double h = size.height();
-    const double shorter = std::min(w, h);
-    p.fillRect(QRectF(0, 0, w, h), Qt::black);
-    if (state.isBlackout)
-        return;
-    p.save();
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setRenderHint(QPainter::SmoothPixmapTransform);
-    const double s = std::max(state.zoomScale, 1.0);
-    if (s > 1.02 && state.zoomCenter) {
-        p.translate(w / 2, h / 2);
-        p.scale(s, s);
-        p.translate(-std::clamp(state.zoomCenter->x(), 0.0, 1.0) * w, -std::clamp(state.zoomCenter->y(), 0.0, 1.0) * h);
-    }
-    if (state.incoming && !state.incoming->isNull()) {
-        QSizeF fitted = state.incoming->size();
-        fitted.scale(size, state.fit == ContentFit::cover ? Qt::KeepAspectRatioByExpanding : Qt::KeepAspectRatio);
-        p.drawImage(QRectF(QPointF((w - fitted.width()) / 2, (h - fitted.height()) / 2), fitted), *state.incoming);
-    }
-    const auto at = [&](QPointF n) { return QPointF(n.x() * w, n.y() * h); };
-    const auto drawFrame = [&](QRectF r, QColor color) {
-        const QRectF scaled = QRectF(at(r.topLeft()), at(r.bottomRight())).normalized();
-        if (scaled.width() <= 1 || scaled.height() <= 1)
-            return;
-        QColor fill = color;
-        fill.setAlphaF(0.12f);
-        p.setPen(QPen(color, std::max(0.007 * shorter, 3.0), Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
-        p.setBrush(fill);
-        p.drawRect(scaled);
-    };
-    const auto drawStroke = [&](const Stroke& stroke) {
-        if (stroke.points.size() < 2)
-            return;
-        QPainterPath path(at(stroke.points.front()));
-        for (std::size_t i = 1; i < stroke.points.size(); ++i)
-            path.lineTo(at(stroke.points[i]));
-        QColor color = colorOf(stroke.red, stroke.green, stroke.blue);
-        color.setAlphaF(0.92f);
-        p.setPen(QPen(color, std::max(stroke.lineWidth * shorter, 2.0), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        p.setBrush(Qt::NoBrush);
-        p.drawPath(path);
-    };
-    const QColor accent = colorOf(state.accentRed, state.accentGreen, state.accentBlue);
-    for (const auto& f : state.frames)
-        drawFrame(f.rect, colorOf(f.red, f.green, f.blue));
-    if (state.draftFrame)
-        drawFrame(*state.draftFrame, accent);
-    for (const auto& stroke : state.strokes)
-        drawStroke(stroke);
-    if (state.draftStroke)
-        drawStroke(*state.draftStroke);
-    if (state.laserPoint) {
-        const QPointF c = at(*state.laserPoint);
-        QColor glow = accent;
-        glow.setAlphaF(0.28f);
-        p.setPen(Qt::NoPen);
-        p.setBrush(glow);
-        p.drawEllipse(c, 17.0, 17.0);
-        p.setBrush(accent);
-        p.drawEllipse(c, 6.0, 6.0);
-    }
-    p.restore();
-}
-}
-
 void StageCanvas::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -159,7 +65,7 @@ void StageCanvas::paintEvent(QPaintEvent*)
     const QRectF picture = pictureRect();
     painter.setClipRect(picture);
     painter.translate(picture.topLeft());
-    drawPreview(state_, painter, picture.size());
+    OutputCompositor::draw(state_, painter, picture.size());
 }
 
 void StageCanvas::mousePressEvent(QMouseEvent* event)
