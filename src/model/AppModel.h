@@ -139,6 +139,8 @@ public:
     bool needsLiveOutput() const;
 
     // ---- Transitions ----
+    // Quadratic ease-in-out of a fade's linear progress 0…1.
+    static double transitionEase(double u);
 
     // ---- Preferences ----
     // Writes every preference from the current properties.
@@ -177,6 +179,7 @@ private:
     void restorePreferences();
     // Transitions
     void startTransition(const std::optional<PdfPage>& previous);
+    void runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration);
     // Stage annotation
     void pushUndo(AnnotationUndo record);
     // Output window controller: synchronise the window with the model.

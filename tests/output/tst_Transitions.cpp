@@ -1,0 +1,218 @@
+#include "model/AppModel.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+
+#include <QtTest>
+
+namespace {
+int pageShown(const ImagePtr& image)
+{
+    if (!image)
+        return -1;
+    const QColor got = QColor::fromRgb(image->pixel(4, 4));
+    for (int i = 0; i < 40; ++i) {
+        const QColor want = QColor::fromRgb(TestPdf::pageRgb(i));
+        if (qAbs(want.red() - got.red()) <= 3 && qAbs(want.green() - got.green()) <= 3 && qAbs(want.blue() - got.blue()) <= 3)
+            return i;
+    }
+    return -2;
+}
+
+// Every value written to transitionProgress, in order.
+class ProgressLog {
+public:
+    explicit ProgressLog(AppModel& model) : model_(model) { arm(); }
+    std::vector<double> values;
+
+private:
+    void arm()
+    {
+        tracker_ = obs::withTracking([this] { (void)model_.transitionProgress(); }, [this] {
+            values.push_back(model_.transitionProgress.peek());
+            arm();
+        });
+    }
+    AppModel& model_;
+    obs::TrackerPtr tracker_;
+};
+}
+
+class TransitionsTest : public QObject {
+    Q_OBJECT
+
+    TestFolder folder;
+    QString ten, three;
+
+private slots:
+    void initTestCase()
+    {
+        ten = folder.pdf("ten.pdf", 10);
+        three = folder.pdf("three.pdf", 3, TestPdf::standard);
+    }
+
+    void easing()
+    {
+        QCOMPARE(AppModel::transitionEase(0), 0.0);
+        QCOMPARE(AppModel::transitionEase(0.5), 0.5);
+        QCOMPARE(AppModel::transitionEase(1), 1.0);
+        QCOMPARE(AppModel::transitionEase(0.25), 0.125);
+        QCOMPARE(AppModel::transitionEase(0.75), 0.875);
+        QCOMPARE(AppModel::transitionEase(-1), 0.0);
+        QCOMPARE(AppModel::transitionEase(2), 1.0);
+    }
+
+    void openingAndStyleNoneCut()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+        model.transitionStyle.set(TransitionStyle::none);
+        ProgressLog log(model);
+        model.goToNextSlide();
+        platform.scheduler->advance(1);
+        QVERIFY(log.values.empty());
+        QVERIFY(!model.outgoingSlideImage());
+        QCOMPARE(pageShown(model.incomingSlideImage()), 1);
+    }
+
+    void shortDurations()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.transitionDuration.set(0.04);
+        model.goToNextSlide();
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+
+        // Just above the cut: a fade of the 0.12 s floor.
+        model.transitionDuration.set(0.05);
+        model.goToNextSlide();
+        QCOMPARE(model.transitionProgress(), 0.0);
+        QCOMPARE(pageShown(model.outgoingSlideImage()), 1);
+        QCOMPARE(pageShown(model.incomingSlideImage()), 2);
+        platform.scheduler->advance(0.11);
+        QVERIFY(model.transitionProgress() < 1.0);
+        platform.scheduler->advance(0.03);
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+    }
+
+    void aFullFadeRisesInSmallStepsAndEndsAtExactlyOne()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        ProgressLog log(model);
+        const double start = platform.scheduler->now();
+        model.goToNextSlide();
+        platform.scheduler->runAll();
+        QVERIFY(platform.scheduler->now() - start >= 0.45);
+        QVERIFY(platform.scheduler->now() - start < 0.47);
+        QCOMPARE(log.values.front(), 0.0);
+        QCOMPARE(log.values.back(), 1.0);
+        const std::vector<double> rising(log.values.begin() + 1, log.values.end() - 1);
+        QVERIFY2(rising.size() >= 26 && rising.size() <= 30, qPrintable(QString::number(rising.size())));
+        double last = 0;
+        for (double v : rising) {
+            QVERIFY(v > last);
+            QVERIFY(v < 1.0);
+            last = v;
+        }
+    }
+
+    void aNewPressRestartsFromThePageJustLeft()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToNextSlide();
+        platform.scheduler->advance(0.1);
+        model.goToNextSlide();
+        platform.scheduler->advance(0.1);
+        QVERIFY(model.transitionProgress() < 0.5);
+        model.goToNextSlide();
+        QCOMPARE(model.transitionProgress(), 0.0);
+        QCOMPARE(pageShown(model.outgoingSlideImage()), 2);
+        QCOMPARE(pageShown(model.incomingSlideImage()), 3);
+        platform.scheduler->advance(0.44);
+        QVERIFY(model.transitionProgress() < 1.0);
+        // Done within one 16 ms step after 0.45 s from the last press.
+        platform.scheduler->advance(0.026);
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+    }
+
+    void aCutDuringAFadeStopsItForGood()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToNextSlide();
+        platform.scheduler->advance(0.1);
+        model.transitionStyle.set(TransitionStyle::none);
+        model.goToNextSlide();
+        QCOMPARE(model.transitionProgress(), 1.0);
+        ProgressLog log(model);
+        platform.scheduler->runAll();
+        QVERIFY(log.values.empty());  // the old fade never writes again
+        QVERIFY(!model.outgoingSlideImage());
+    }
+
+    void unfreezeFadesFromTheHeldPage()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToPage(2);
+        platform.scheduler->runAll();
+        model.toggleFreeze();
+        model.goToPage(6);
+        QCOMPARE(model.transitionProgress(), 1.0);  // frozen: no fade
+        model.toggleFreeze();
+        QCOMPARE(model.transitionProgress(), 0.0);
+        QCOMPARE(pageShown(model.outgoingSlideImage()), 2);
+        QCOMPARE(pageShown(model.incomingSlideImage()), 6);
+        platform.scheduler->runAll();
+
+        // Unfreezing on the held page changes nothing.
+        model.toggleFreeze();
+        model.toggleFreeze();
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+    }
+
+    void crossingIntoTheNextFileFadesOutOfTheOldOne()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten, three});
+        model.goToPage(9);
+        platform.scheduler->runAll();
+        model.goToNextSlide();
+        QCOMPARE(model.playlistIndex(), 1);
+        QCOMPARE(model.transitionProgress(), 0.0);
+        QCOMPARE(pageShown(model.outgoingSlideImage()), 9);
+        QCOMPARE(model.outgoingSlideImage()->size(), QSize(1920, 1080));
+        QCOMPARE(model.incomingSlideImage()->size(), QSize(1440, 1080));
+    }
+
+    void closingDuringAFadeStopsIt()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToNextSlide();
+        model.closeDocument();
+        platform.scheduler->runAll();
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+        QVERIFY(!model.incomingSlideImage());
+        QVERIFY(!model.needsLiveOutput());
+    }
+};
+
+QTEST_MAIN(TransitionsTest)
+#include "tst_Transitions.moc"
