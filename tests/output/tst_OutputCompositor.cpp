@@ -1,0 +1,168 @@
+#include "output/OutputCompositor.h"
+
+#include <QPainter>
+#include <QtTest>
+
+namespace {
+ImagePtr solid(QSize size, QColor colour)
+{
+    auto image = std::make_shared<QImage>(size, QImage::Format_ARGB32_Premultiplied);
+    image->fill(colour);
+    return image;
+}
+
+bool near(QRgb pixel, QColor want, int tolerance = 3)
+{
+    return qAbs(qRed(pixel) - want.red()) <= tolerance && qAbs(qGreen(pixel) - want.green()) <= tolerance
+        && qAbs(qBlue(pixel) - want.blue()) <= tolerance;
+}
+
+int countColoured(const QImage& image)
+{
+    int n = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            n += (image.pixel(x, y) & 0xFFFFFF) != 0;
+    return n;
+}
+
+// Width of the non-black run along the middle row.
+int litWidth(const QImage& image, int y)
+{
+    int n = 0;
+    for (int x = 0; x < image.width(); ++x)
+        n += (image.pixel(x, y) & 0xFFFFFF) != 0;
+    return n;
+}
+}
+
+class OutputCompositorTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void blackoutIsPlainBlack()
+    {
+        OutputFrameState s;
+        s.incoming = solid({160, 90}, Qt::white);
+        s.outgoing = solid({160, 90}, Qt::red);
+        s.progress = 0.4;
+        s.laserPoint = QPointF(0.5, 0.5);
+        s.strokes = {Stroke{QUuid::createUuid(), {{0.1, 0.1}, {0.9, 0.9}}, 1, 1, 1, 0.01}};
+        s.isBlackout = true;
+        QCOMPARE(countColoured(OutputCompositor::makeImage(s, {160, 90})), 0);
+        QCOMPARE(countColoured(OutputCompositor::makeImage(OutputFrameState{}, {160, 90})), 0);
+    }
+
+    void containLeavesBarsAndCoverCrops()
+    {
+        OutputFrameState s;
+        s.incoming = solid({400, 300}, Qt::white);  // 4:3 on a 16:9 canvas
+        const QImage contain = OutputCompositor::makeImage(s, {160, 90});
+        // Bars of (160 − 90 × 4 ÷ 3) ÷ 2 = 20 each side.
+        QCOMPARE(litWidth(contain, 45), 120);
+        QVERIFY(near(contain.pixel(19, 45), Qt::black));
+        QVERIFY(near(contain.pixel(21, 45), Qt::white));
+        s.fit = ContentFit::cover;
+        const QImage cover = OutputCompositor::makeImage(s, {160, 90});
+        QCOMPARE(countColoured(cover), 160 * 90);
+
+        const QRectF f = OutputCompositor::fitted({400, 300}, QRectF(0, 0, 160, 90), true);
+        QCOMPARE(f, QRectF(0, -15, 160, 120));
+    }
+
+    void fadeBlendsAndDropsTheOutgoingNearTheEnd()
+    {
+        OutputFrameState s;
+        s.outgoing = solid({100, 100}, QColor(255, 0, 0));
+        s.incoming = solid({100, 100}, QColor(0, 0, 255));
+        s.progress = 0.5;
+        QImage half = OutputCompositor::makeImage(s, {100, 100});
+        const QRgb mid = half.pixel(50, 50);
+        // Each at alpha 0.5, the incoming over the outgoing: red 255 × 0.5 × 0.5, blue 255 × 0.5.
+        QVERIFY2(qAbs(qRed(mid) - 64) <= 3 && qAbs(qBlue(mid) - 128) <= 3, qPrintable(QString::number(mid, 16)));
+        s.progress = 0.9995;
+        const QRgb end = OutputCompositor::makeImage(s, {100, 100}).pixel(50, 50);
+        QCOMPARE(qRed(end), 0);
+        QVERIFY(qBlue(end) >= 254);
+        s.progress = -3;  // clamped: only the outgoing shows
+        QVERIFY(near(OutputCompositor::makeImage(s, {100, 100}).pixel(50, 50), QColor(255, 0, 0)));
+    }
+
+    void zoom()
+    {
+        // Left half white, right half black.
+        auto image = std::make_shared<QImage>(QSize(100, 100), QImage::Format_ARGB32_Premultiplied);
+        image->fill(Qt::black);
+        QPainter(image.get()).fillRect(0, 0, 50, 100, Qt::white);
+        OutputFrameState s;
+        s.incoming = image;
+        s.zoomCenter = QPointF(0, 0);
+        s.zoomScale = 1.02;
+        const QImage none = OutputCompositor::makeImage(s, {100, 100});
+        QVERIFY(near(none.pixel(10, 10), Qt::white));
+        QVERIFY(near(none.pixel(90, 10), Qt::black));
+        s.zoomScale = 1.5;
+        const QImage zoomed = OutputCompositor::makeImage(s, {100, 100});
+        // The top-left corner moved to the middle: above and left of it is black.
+        QVERIFY(near(zoomed.pixel(40, 40), Qt::black));
+        QVERIFY(near(zoomed.pixel(60, 60), Qt::white));
+        // 1.5 × 50 = 75 pixels of white to the right of the middle, cut at 100.
+        QVERIFY(near(zoomed.pixel(98, 60), Qt::white));
+        s.zoomCenter = QPointF(2, -1);  // clamped to (1, 0)
+        const QImage clamped = OutputCompositor::makeImage(s, {100, 100});
+        QVERIFY(near(clamped.pixel(40, 60), Qt::black));
+        QVERIFY(near(clamped.pixel(60, 40), Qt::black));
+    }
+
+    void strokesAndFrames()
+    {
+        OutputFrameState s;
+        Stroke dot{QUuid::createUuid(), {{0.5, 0.5}}, 1, 1, 1, 0.05};
+        s.strokes = {dot};
+        QCOMPARE(countColoured(OutputCompositor::makeImage(s, {200, 100})), 0);
+
+        // Width 0 still draws 2 units: a horizontal line covers 2 rows.
+        s.strokes = {Stroke{QUuid::createUuid(), {{0.1, 0.5}, {0.9, 0.5}}, 1, 1, 1, 0}};
+        const QImage line = OutputCompositor::makeImage(s, {200, 100});
+        int rows = 0;
+        for (int y = 40; y < 60; ++y)
+            rows += qRed(line.pixel(100, y)) > 100;
+        QCOMPARE(rows, 2);
+
+        // A frame one unit wide is skipped; a reversed one is drawn standardised.
+        s.strokes.clear();
+        s.frames = {FrameRect{QUuid::createUuid(), QRectF(0.5, 0.2, 0.004, 0.5), 0, 1, 0}};
+        QCOMPARE(countColoured(OutputCompositor::makeImage(s, {200, 100})), 0);
+        s.frames.clear();
+        s.draftFrame = QRectF(0.8, 0.8, -0.6, -0.6);
+        const QImage frame = OutputCompositor::makeImage(s, {200, 100});
+        QVERIFY(qRed(frame.pixel(40, 50)) > 200);   // left edge at x = 40, in the accent colour
+        QVERIFY(qRed(frame.pixel(100, 50)) > 10);   // faint fill inside
+        QVERIFY(qRed(frame.pixel(100, 50)) < 60);
+        QCOMPARE(frame.pixel(10, 50) & 0xFFFFFF, 0u);
+    }
+
+    void laserKeepsItsSizeOnAnyCanvas()
+    {
+        for (const QSize size : {QSize(400, 225), QSize(2560, 1440)}) {
+            OutputFrameState s;
+            s.laserPoint = QPointF(0.5, 0.5);
+            const QImage image = OutputCompositor::makeImage(s, size);
+            const int cy = size.height() / 2;
+            QCOMPARE(litWidth(image, cy), 34);
+            // The opaque core is 12 across (edge pixels are antialiased).
+            int core = 0;
+            for (int x = 0; x < image.width(); ++x)
+                core += qRed(image.pixel(x, cy)) > 160;
+            QCOMPARE(core, 12);
+        }
+    }
+
+    void tinySizesMakeTwoByTwo()
+    {
+        QCOMPARE(OutputCompositor::makeImage(OutputFrameState{}, {0, 0}).size(), QSize(2, 2));
+    }
+};
+
+QTEST_MAIN(OutputCompositorTest)
+#include "tst_OutputCompositor.moc"
