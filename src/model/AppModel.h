@@ -130,6 +130,8 @@ public:
 
     // ---- Output geometry and frame state ----
     void refreshDisplays();
+    // Where the output window sits on a screen of frame `screen` (points).
+    QRectF outputFrame(const QRectF& screen) const;
     PixelSize syphonPixelSize() const;
     QSizeF snapshotSize() const;
     std::optional<OutputDisplay> preferredOutputDisplay() const;

@@ -2,6 +2,7 @@
 // which slides are rendered.
 #include "model/AppModel.h"
 
+#include "l10n/L10n.h"
 #include "platform/Screens.h"
 
 #include <algorithm>
@@ -154,4 +155,59 @@ bool AppModel::needsLiveOutput() const
     if (draftStroke() || draftFrameRect())
         return true;
     return tool == StageTool::zoom && zoomCenter().has_value();
+}
+
+QString aspectModeTitle(AspectMode mode)
+{
+    switch (mode) {
+    case AspectMode::fillDisplay: return L10n::t(QStringLiteral("aspect.fill"));
+    case AspectMode::r16x9: return QStringLiteral("16:9");
+    case AspectMode::r16x10: return QStringLiteral("16:10");
+    case AspectMode::r4x3: return QStringLiteral("4:3");
+    case AspectMode::r3x2: return QStringLiteral("3:2");
+    case AspectMode::r3x4: return QStringLiteral("3:4");
+    case AspectMode::r1x1: return QStringLiteral("1:1");
+    case AspectMode::r9x16: return QStringLiteral("9:16");
+    case AspectMode::custom: return L10n::t(QStringLiteral("aspect.custom"));
+    }
+    return {};
+}
+
+QString OutputDisplay::shortLabel() const
+{
+    const auto whole = [](double v) { return QString::number(static_cast<long long>(std::trunc(v))); };
+    return name + QStringLiteral(" \u00B7 ") + whole(frame.width()) + QStringLiteral("\u00D7") + whole(frame.height());
+}
+
+QRectF AppModel::outputFrame(const QRectF& screen) const
+{
+    const double W = screen.width();
+    const double H = screen.height();
+    const AspectMode mode = aspect();
+    if (mode == AspectMode::fillDisplay)
+        return screen;
+    double w = 0;
+    double h = 0;
+    if (mode == AspectMode::custom) {
+        w = std::max(customWidth(), 320);
+        h = std::max(customHeight(), 240);
+    } else {
+        static const std::map<AspectMode, double> ratios{
+            {AspectMode::r16x9, 16.0 / 9.0}, {AspectMode::r16x10, 1.6}, {AspectMode::r4x3, 4.0 / 3.0},
+            {AspectMode::r3x2, 1.5},         {AspectMode::r3x4, 0.75},  {AspectMode::r1x1, 1.0},
+            {AspectMode::r9x16, 0.5625},
+        };
+        const double r = ratios.at(mode);
+        const double a = W / std::max(H, 1.0);
+        if (a > r) {
+            h = H;
+            w = H * r;
+        } else {
+            w = W;
+            h = W / r;
+        }
+    }
+    w = std::min(w, W);
+    h = std::min(h, H);
+    return QRectF(screen.center().x() - w / 2, screen.center().y() - h / 2, w, h);
 }

@@ -29,6 +29,9 @@ inline constexpr RawEnumTable<AspectMode, 9> aspectModes{{{
     {AspectMode::custom, "custom"},
 }}};
 
+// "16:9" and the like are literal; the two named modes are translated.
+QString aspectModeTitle(AspectMode mode);
+
 enum class ContentFit { contain, cover };
 
 inline constexpr RawEnumTable<ContentFit, 2> contentFits{{{
@@ -52,6 +55,9 @@ struct OutputDisplay {
     bool isMain = false;
 
     bool operator==(const OutputDisplay&) const = default;
+
+    // "Projector · 1920×1080"
+    QString shortLabel() const;
 };
 
 struct PixelSize {

@@ -4,6 +4,7 @@
 #include "platform/Dialogs.h"
 #include "platform/MuPdfEngine.h"
 #include "platform/QSettingsPreferences.h"
+#include "platform/QtScreens.h"
 #include "platform/Scheduler.h"
 
 PlatformServices PlatformServices::forThisMachine()
@@ -12,9 +13,10 @@ PlatformServices PlatformServices::forThisMachine()
     s.pdf = std::make_shared<MuPdfEngine>();
     s.dialogs = std::make_shared<QtDialogs>();
     s.scheduler = std::make_shared<QtScheduler>();
+    s.screens = std::make_shared<QtScreens>();
     s.preferences = std::make_shared<QSettingsPreferences>();
     s.activity = std::make_shared<DBusActivity>();
-    // Screens, recent documents and the frame sink join here as
+    // Recent documents and the frame sink join here as
     // their layers are built.
     return s;
 }

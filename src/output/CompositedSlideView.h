@@ -1,0 +1,19 @@
+#pragma once
+
+#include "output/OutputTypes.h"
+
+#include <QWidget>
+
+// Shows one frame state through the compositor, filling the whole widget.
+class CompositedSlideView : public QWidget {
+public:
+    explicit CompositedSlideView(QWidget* parent = nullptr);
+    void setState(OutputFrameState state);
+    const OutputFrameState& state() const { return state_; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    OutputFrameState state_;
+};

@@ -1,0 +1,178 @@
+#include "model/AppModel.h"
+#include "l10n/L10n.h"
+#include "output/OutputContentView.h"
+#include "platform/QtScreens.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+
+#include <QMenu>
+#include <QtTest>
+
+class OutputGeometryTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void windowRectangles()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.aspect.set(AspectMode::r16x9);
+        QCOMPARE(model.outputFrame(QRectF(0, 0, 1920, 1200)), QRectF(0, 60, 1920, 1080));
+        model.aspect.set(AspectMode::r9x16);
+        QCOMPARE(model.outputFrame(QRectF(100, 0, 1280, 1024)), QRectF(100 + 352, 0, 576, 1024));
+        model.aspect.set(AspectMode::custom);
+        model.customWidth.set(4000);
+        model.customHeight.set(3000);
+        QCOMPARE(model.outputFrame(QRectF(0, 0, 1920, 1080)), QRectF(0, 0, 1920, 1080));
+        model.customWidth.set(0);
+        model.customHeight.set(-5);
+        QCOMPARE(model.outputFrame(QRectF(0, 0, 1920, 1080)).size(), QSizeF(320, 240));
+        model.aspect.set(AspectMode::fillDisplay);
+        QCOMPARE(model.outputFrame(QRectF(5, 6, 7, 8)), QRectF(5, 6, 7, 8));
+    }
+
+    void publishedSizes()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));  // no display: unclamped fallback
+        model.aspect.set(AspectMode::custom);
+        model.customWidth.set(4000);
+        model.customHeight.set(3000);
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 1920}));
+        model.customWidth.set(2561);
+        model.customHeight.set(100);
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 98}));
+        model.customWidth.set(1921);
+        model.customHeight.set(1081);
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));
+        model.customWidth.set(0);
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{2, 1080}));
+
+        platform.screens->list = {PlatformScreen{3, "Retina", QRectF(0, 0, 2560, 1440), 2.0}};
+        model.refreshDisplays();
+        model.aspect.set(AspectMode::fillDisplay);
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 1440}));
+        model.aspect.set(AspectMode::r3x4);
+        QCOMPARE(model.syphonPixelSize(), (PixelSize{1440, 1920}));
+    }
+
+    void snapshotSizes()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.aspect.set(AspectMode::r16x9);
+        QCOMPARE(model.snapshotSize(), QSizeF(1920, 1080));
+        model.outputPixelSize.set(QSizeF(2880, 1800));
+        QCOMPARE(model.snapshotSize(), QSizeF(2880, 1800));
+        model.outputPixelSize.set(QSizeF(0, 0));
+        model.aspect.set(AspectMode::r9x16);
+        QCOMPARE(model.snapshotSize(), QSizeF(1920, 1920));
+    }
+
+    void displayPreference()
+    {
+        FakePlatform platform;
+        platform.screens->list = {PlatformScreen{1, "Laptop", QRectF(0, 0, 1440, 900), 2},
+                                  PlatformScreen{std::nullopt, "Mystery", QRectF(0, 0, 800, 600), 1},
+                                  PlatformScreen{2, "Projector", QRectF(1440, 0, 1920, 1080), 1}};
+        platform.screens->mainId = 1;
+        AppModel model(platform.services());
+        model.refreshDisplays();
+        QCOMPARE(model.displays().size(), std::size_t(2));  // the screen without an id is skipped
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(2));
+        QCOMPARE(model.selectedDisplay()->shortLabel(), QStringLiteral("Projector \u00B7 1920\u00D71080"));
+
+        // Only the main display: it is preferred and selected.
+        platform.screens->list.pop_back();
+        model.refreshDisplays();
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(1));
+        // No main display at all: the first one.
+        platform.screens->mainId.reset();
+        platform.screens->list.push_back(PlatformScreen{2, "Projector", QRectF(1440, 0, 1920, 1080), 1});
+        model.selectedDisplayID.set(std::nullopt);
+        QCOMPARE(model.selectedDisplay()->id, 1u);
+        // A selection nobody has: none, no fallback.
+        model.selectedDisplayID.set(99);
+        QVERIFY(!model.selectedDisplay());
+        platform.screens->list.clear();
+        model.refreshDisplays();
+        QVERIFY(!model.selectedDisplayID());
+    }
+
+    void frameStates()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 3)});
+        model.stageTool.set(StageTool::marker);
+        model.laserPoint.set(QPointF(0.3, 0.3));
+        model.isBlackout.set(true);
+        OutputFrameState out = model.outputFrameState();
+        QVERIFY(!out.laserPoint);
+        QVERIFY(out.isBlackout);
+        QCOMPARE(out.incoming, model.incomingSlideImage());
+        const OutputFrameState stage = model.stagePreviewState();
+        QVERIFY(!stage.isBlackout);
+        QCOMPARE(stage.incoming, model.previewSlideImage());
+        QCOMPARE(stage.progress, 1.0);
+
+        model.stageTool.set(StageTool::zoom);
+        model.zoomScale.set(3.0);
+        out = model.outputFrameState();
+        QCOMPARE(out.zoomScale, 3.0);
+        QVERIFY(!out.zoomCenter);
+        QVERIFY(!model.needsLiveOutput());
+        model.zoomCenter.set(QPointF(0.5, 0.5));
+        QVERIFY(model.needsLiveOutput());
+        model.stageTool.set(StageTool::pointer);
+        QCOMPARE(model.outputFrameState().zoomScale, 1.0);
+        QVERIFY(!model.needsLiveOutput());
+        model.stageTool.set(StageTool::laser);
+        QVERIFY(model.needsLiveOutput());
+    }
+
+    void outputViewPagesAndBlacksOut()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 3)});
+        OutputContentView view(model);
+        view.resize(320, 180);
+        QTest::mouseClick(&view, Qt::LeftButton);
+        QCOMPARE(model.pageIndex(), 1);
+        QCoreApplication::processEvents();
+        QCOMPARE(view.state().incoming, model.incomingSlideImage());
+
+        std::unique_ptr<QMenu> menu(view.makeContextMenu(nullptr));
+        const auto actions = menu->actions();
+        QCOMPARE(actions.size(), 4);
+        QVERIFY(actions[2]->isSeparator());
+        actions[0]->trigger();
+        QCOMPARE(model.pageIndex(), 0);
+        actions[3]->trigger();
+        QVERIFY(model.isBlackout());
+        std::unique_ptr<QMenu> again(view.makeContextMenu(nullptr));
+        QCOMPARE(again->actions()[3]->text(), L10n::t("blackout.off"));
+    }
+
+    void screensHaveStableIdentifiers()
+    {
+        QtScreens screens;
+        const auto first = screens.screens();
+        QVERIFY(!first.empty());
+        for (const auto& s : first)
+            QVERIFY(s.displayId && *s.displayId != 0);
+        QCOMPARE(screens.screens().front().displayId, first.front().displayId);
+        QCOMPARE(screens.mainDisplayId(), first.front().displayId);
+        QCOMPARE(QtScreens::identifierOf("DP-1", "ACME", "X", "1"), QtScreens::identifierOf("DP-1", "ACME", "X", "1"));
+        QVERIFY(QtScreens::identifierOf("DP-1", "", "", "") != QtScreens::identifierOf("DP-2", "", "", ""));
+        // Fields cannot run into each other.
+        QVERIFY(QtScreens::identifierOf("ab", "c", "", "") != QtScreens::identifierOf("a", "bc", "", ""));
+    }
+};
+
+QTEST_MAIN(OutputGeometryTest)
+#include "tst_OutputGeometry.moc"
