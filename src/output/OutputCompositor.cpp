@@ -1,9 +1,9 @@
 #include "OutputCompositor.h"
 
 #include <QPainter>
-#include <QPainterPath>
 
 #include <algorithm>
+#include <cmath>
 
 namespace OutputCompositor {
 
@@ -55,20 +55,42 @@ void drawFrame(QPainter& p, const QRectF& normalised, const QColor& c, QSizeF si
     p.restore();
 }
 
+// A translucent stroke must not darken where its segments overlap, and
+// antialiased wide paths are slow to fill. So the stroke is drawn opaque, as
+// round-capped segments (their union is the round-joined line), into a layer
+// in device pixels, which is then laid over the frame at the stroke alpha.
 void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
 {
     if (stroke.points.size() < 2)
         return;
-    const auto at = [&](QPointF n) { return QPointF(n.x() * size.width(), n.y() * size.height()); };
-    QPainterPath path(at(stroke.points.front()));
-    for (std::size_t i = 1; i < stroke.points.size(); ++i)
-        path.lineTo(at(stroke.points[i]));
+    const QTransform toDevice = p.worldTransform();
+    const double zoom = std::sqrt(std::abs(toDevice.determinant()));
+    const double line = std::max(stroke.lineWidth * std::min(size.width(), size.height()), 2.0) * zoom;
+    QPolygonF points;
+    points.reserve(qsizetype(stroke.points.size()));
+    for (const QPointF& n : stroke.points)
+        points << toDevice.map(QPointF(n.x() * size.width(), n.y() * size.height()));
+
+    const QRect device(0, 0, p.device()->width(), p.device()->height());
+    const QRect area = points.boundingRect().adjusted(-line, -line, line, line).toAlignedRect() & device;
+    if (area.isEmpty())
+        return;
+    const qreal ratio = p.device()->devicePixelRatioF();
+    QImage layer(area.size() * ratio, QImage::Format_ARGB32_Premultiplied);
+    layer.setDevicePixelRatio(ratio);
+    layer.fill(Qt::transparent);
+    {
+        QPainter lp(&layer);
+        lp.setRenderHint(QPainter::Antialiasing);
+        lp.translate(-area.topLeft());
+        lp.setPen(QPen(colour(stroke.red, stroke.green, stroke.blue), line, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        for (qsizetype i = 1; i < points.size(); ++i)
+            lp.drawLine(points[i - 1], points[i]);
+    }
     p.save();
-    const double line = std::max(stroke.lineWidth * std::min(size.width(), size.height()), 2.0);
-    p.setPen(QPen(colour(stroke.red, stroke.green, stroke.blue, strokeAlpha), line, Qt::SolidLine, Qt::RoundCap,
-                  Qt::RoundJoin));
-    p.setBrush(Qt::NoBrush);
-    p.drawPath(path);
+    p.resetTransform();
+    p.setOpacity(p.opacity() * strokeAlpha);
+    p.drawImage(area.topLeft(), layer);
     p.restore();
 }
 

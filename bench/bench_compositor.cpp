@@ -1,0 +1,79 @@
+// One output frame mid-fade with markup: two slide images, 10 strokes,
+// 3 frames and the laser, drawn onto a screen-format image and into the
+// published-frame bitmap format.
+#include "output/OutputCompositor.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+
+namespace {
+
+ImagePtr slide(QSize size, QColor colour)
+{
+    auto image = std::make_shared<QImage>(size, QImage::Format_ARGB32_Premultiplied);
+    image->fill(colour);
+    QPainter p(image.get());
+    p.setPen(Qt::black);
+    for (int i = 0; i < 40; ++i)
+        p.drawLine(0, i * size.height() / 40, size.width(), size.height() - i * size.height() / 40);
+    return image;
+}
+
+OutputFrameState busyState(QSize size)
+{
+    OutputFrameState s;
+    // Slides are rendered at the output size, as the model does.
+    s.outgoing = slide(size, QColor(200, 120, 80));
+    s.incoming = slide(size, QColor(80, 120, 200));
+    s.progress = 0.5;
+    for (int i = 0; i < 10; ++i) {
+        Stroke stroke{QUuid::createUuid(), {}, 1, 0.16, 0.12, 0.008};
+        for (int k = 0; k < 60; ++k)
+            stroke.points.emplace_back(0.1 + 0.8 * k / 60.0, 0.1 + 0.08 * i + 0.03 * std::sin(k / 4.0));
+        s.strokes.push_back(stroke);
+    }
+    for (int i = 0; i < 3; ++i)
+        s.frames.push_back(FrameRect{QUuid::createUuid(), QRectF(0.1 + 0.25 * i, 0.6, 0.2, 0.25), 0.2, 0.8, 0.4});
+    s.laserPoint = QPointF(0.5, 0.5);
+    return s;
+}
+
+void frame(benchmark::State& state, QImage::Format format)
+{
+    const QSize size(int(state.range(0)), int(state.range(1)));
+    const OutputFrameState s = busyState(size);
+    QImage target(size, format);
+    for (auto _ : state) {
+        QPainter painter(&target);
+        OutputCompositor::draw(s, painter, QSizeF(size));
+        painter.end();
+        benchmark::DoNotOptimize(target.constBits());
+    }
+}
+
+void screenFrame(benchmark::State& state) { frame(state, QImage::Format_RGB32); }
+void publishedFrame(benchmark::State& state) { frame(state, QImage::Format_ARGB32_Premultiplied); }
+
+void sizes(benchmark::internal::Benchmark* b)
+{
+    b->Args({1920, 1080})->Args({2560, 1440})->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
+}
+
+BENCHMARK(screenFrame)->Apply(sizes);
+BENCHMARK(publishedFrame)->Apply(sizes);
+
+}
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
