@@ -75,6 +75,12 @@ std::optional<PlaylistEntry> AppModel::makeEntry(const QString& url)
 }
 
 namespace {
+int indexOfEntry(const std::vector<PlaylistEntry>& list, const QUuid& id)
+{
+    const auto it = std::find_if(list.begin(), list.end(), [&](const PlaylistEntry& e) { return e.id == id; });
+    return it == list.end() ? -1 : static_cast<int>(it - list.begin());
+}
+
 std::vector<PlaylistEntry> makeEntries(AppModel& model, const QStringList& urls)
 {
     std::vector<PlaylistEntry> entries;
@@ -231,11 +237,9 @@ void AppModel::movePlaylist(const std::vector<int>& sourceIndices, int destinati
 
 void AppModel::selectPlaylistItem(const QUuid& id)
 {
-    const auto& list = playlist.peek();
-    const auto it = std::find_if(list.begin(), list.end(), [&](const PlaylistEntry& e) { return e.id == id; });
-    if (it == list.end())
+    const int index = indexOfEntry(playlist.peek(), id);
+    if (index < 0)
         return;
-    const int index = static_cast<int>(it - list.begin());
     if (index == playlistIndex.peek())
         return;
     const auto outgoing = outgoingPage();
@@ -246,11 +250,9 @@ void AppModel::selectPlaylistItem(const QUuid& id)
 
 void AppModel::removePlaylistItem(const QUuid& id)
 {
-    const auto& list = playlist.peek();
-    const auto it = std::find_if(list.begin(), list.end(), [&](const PlaylistEntry& e) { return e.id == id; });
-    if (it == list.end())
+    const int index = indexOfEntry(playlist.peek(), id);
+    if (index < 0)
         return;
-    const int index = static_cast<int>(it - list.begin());
     playlist.mutate([&](auto& entries) { entries.erase(entries.begin() + index); });
     if (playlist.peek().empty()) {
         closeDocument();

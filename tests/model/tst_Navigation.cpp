@@ -4,22 +4,6 @@
 
 #include <QtTest>
 
-namespace {
-// Which page of a test PDF an image shows, told by its background colour.
-int pageShown(const ImagePtr& image)
-{
-    if (!image)
-        return -1;
-    const QRgb corner = image->pixel(4, 4) & 0xFFFFFF;
-    for (int i = 0; i < 40; ++i) {
-        const QColor want = QColor::fromRgb(TestPdf::pageRgb(i));
-        const QColor got = QColor::fromRgb(corner);
-        if (qAbs(want.red() - got.red()) <= 3 && qAbs(want.green() - got.green()) <= 3 && qAbs(want.blue() - got.blue()) <= 3)
-            return i;
-    }
-    return -2;
-}
-}
 
 class NavigationTest : public QObject {
     Q_OBJECT
@@ -79,15 +63,15 @@ private slots:
         QCOMPARE(model.pageIndex(), 0);
         QCOMPARE(model.pageCount(), 2);
         QCOMPARE(model.jumpBuffer(), QString());
-        QCOMPARE(pageShown(model.previewSlideImage()), 0);
-        QCOMPARE(pageShown(model.incomingSlideImage()), 0);
+        QCOMPARE(TestPdf::pageShown(model.previewSlideImage()), 0);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
         QCOMPARE(model.previewSlideImage()->size(), QSize(1440, 1080));  // 4:3 page in the 1920×1080 snapshot
 
         model.goToPreviousSlide();
         QCOMPARE(model.playlistIndex(), 0);
         QCOMPARE(model.pageIndex(), 2);
         QCOMPARE(model.pageCount(), 3);
-        QCOMPARE(pageShown(model.previewSlideImage()), 2);
+        QCOMPARE(TestPdf::pageShown(model.previewSlideImage()), 2);
         QCOMPARE(model.previewSlideImage()->size(), QSize(1920, 1080));
     }
 
@@ -197,13 +181,13 @@ private slots:
         QCOMPARE(model.outputPageIndex(), 4);
         QCOMPARE(model.incomingSlideImage(), held);
         QCOMPARE(model.transitionProgress(), progress);
-        QCOMPARE(pageShown(model.previewSlideImage()), 7);  // the stage follows the operator
+        QCOMPARE(TestPdf::pageShown(model.previewSlideImage()), 7);  // the stage follows the operator
 
         model.toggleFreeze();
         QVERIFY(!model.isFrozen());
         QCOMPARE(model.frozenPageIndex(), 4);
         QCOMPARE(model.outputPageIndex(), 7);
-        QCOMPARE(pageShown(model.incomingSlideImage()), 7);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 7);
     }
 
     void frozenMoveIntoAnotherFileStillReplacesThePicture()

@@ -5,18 +5,6 @@
 #include <QtTest>
 
 namespace {
-int pageShown(const ImagePtr& image)
-{
-    if (!image)
-        return -1;
-    const QColor got = QColor::fromRgb(image->pixel(4, 4));
-    for (int i = 0; i < 40; ++i) {
-        const QColor want = QColor::fromRgb(TestPdf::pageRgb(i));
-        if (qAbs(want.red() - got.red()) <= 3 && qAbs(want.green() - got.green()) <= 3 && qAbs(want.blue() - got.blue()) <= 3)
-            return i;
-    }
-    return -2;
-}
 
 // Every value written to transitionProgress, in order.
 class ProgressLog {
@@ -74,7 +62,7 @@ private slots:
         platform.scheduler->advance(1);
         QVERIFY(log.values.empty());
         QVERIFY(!model.outgoingSlideImage());
-        QCOMPARE(pageShown(model.incomingSlideImage()), 1);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 1);
     }
 
     void shortDurations()
@@ -91,8 +79,8 @@ private slots:
         model.transitionDuration.set(0.05);
         model.goToNextSlide();
         QCOMPARE(model.transitionProgress(), 0.0);
-        QCOMPARE(pageShown(model.outgoingSlideImage()), 1);
-        QCOMPARE(pageShown(model.incomingSlideImage()), 2);
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 1);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 2);
         platform.scheduler->advance(0.11);
         QVERIFY(model.transitionProgress() < 1.0);
         platform.scheduler->advance(0.03);
@@ -135,8 +123,8 @@ private slots:
         QVERIFY(model.transitionProgress() < 0.5);
         model.goToNextSlide();
         QCOMPARE(model.transitionProgress(), 0.0);
-        QCOMPARE(pageShown(model.outgoingSlideImage()), 2);
-        QCOMPARE(pageShown(model.incomingSlideImage()), 3);
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 3);
         platform.scheduler->advance(0.44);
         QVERIFY(model.transitionProgress() < 1.0);
         // Done within one 16 ms step after 0.45 s from the last press.
@@ -173,8 +161,8 @@ private slots:
         QCOMPARE(model.transitionProgress(), 1.0);  // frozen: no fade
         model.toggleFreeze();
         QCOMPARE(model.transitionProgress(), 0.0);
-        QCOMPARE(pageShown(model.outgoingSlideImage()), 2);
-        QCOMPARE(pageShown(model.incomingSlideImage()), 6);
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 6);
         platform.scheduler->runAll();
 
         // Unfreezing on the held page changes nothing.
@@ -194,7 +182,7 @@ private slots:
         model.goToNextSlide();
         QCOMPARE(model.playlistIndex(), 1);
         QCOMPARE(model.transitionProgress(), 0.0);
-        QCOMPARE(pageShown(model.outgoingSlideImage()), 9);
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 9);
         QCOMPARE(model.outgoingSlideImage()->size(), QSize(1920, 1080));
         QCOMPARE(model.incomingSlideImage()->size(), QSize(1440, 1080));
     }

@@ -15,6 +15,20 @@ unsigned pageRgb(int index)
     return QColor::fromHsv((index * 47) % 360, 160, 230).rgb() & 0xFFFFFF;
 }
 
+int pageShown(const std::shared_ptr<const QImage>& image)
+{
+    if (!image || image->isNull())
+        return -1;
+    const QColor got = QColor::fromRgb(image->pixel(4, 4));
+    for (int i = 0; i < 40; ++i) {
+        const QColor want = QColor::fromRgb(pageRgb(i));
+        if (qAbs(want.red() - got.red()) <= 3 && qAbs(want.green() - got.green()) <= 3
+            && qAbs(want.blue() - got.blue()) <= 3)
+            return i;
+    }
+    return -2;
+}
+
 bool write(const QString& path, int pages, QSizeF pageSize, const QString& label)
 {
     QPdfWriter writer(path);

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QImage>
 #include <QSizeF>
 #include <QString>
+
+#include <memory>
 
 namespace TestPdf {
 
@@ -22,6 +25,10 @@ bool writeEncrypted(const QString& path);           // encrypted, needs a passwo
 
 // The background colour `write` gives page `index` (zero-based).
 unsigned pageRgb(int index);
+
+// Which page of a PDF from `write` an image shows, told by the colour near
+// its top-left corner: -1 for no image, -2 for no page's colour.
+int pageShown(const std::shared_ptr<const QImage>& image);
 
 }
 
