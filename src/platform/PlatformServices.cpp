@@ -5,6 +5,7 @@
 #include "platform/MuPdfEngine.h"
 #include "platform/QSettingsPreferences.h"
 #include "platform/QtScreens.h"
+#include "platform/XbelRecentDocuments.h"
 #include "platform/Scheduler.h"
 
 PlatformServices PlatformServices::forThisMachine()
@@ -15,8 +16,8 @@ PlatformServices PlatformServices::forThisMachine()
     s.scheduler = std::make_shared<QtScheduler>();
     s.screens = std::make_shared<QtScreens>();
     s.preferences = std::make_shared<QSettingsPreferences>();
+    s.recents = std::make_shared<XbelRecentDocuments>();
     s.activity = std::make_shared<DBusActivity>();
-    // Recent documents and the frame sink join here as
-    // their layers are built.
+    // The frame sink joins here with the publisher.
     return s;
 }

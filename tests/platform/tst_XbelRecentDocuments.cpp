@@ -1,0 +1,156 @@
+#include "platform/XbelRecentDocuments.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
+#include <QtTest>
+
+namespace {
+
+const char* othersStore =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<xbel version=\"1.0\"\n"
+    "      xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\"\n"
+    "      xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\"\n"
+    ">\n"
+    "  <bookmark href=\"file:///home/op/Music/set%20list.odt\" added=\"2026-01-02T10:00:00.000000Z\" modified=\"2026-01-02T10:00:00.000000Z\" visited=\"2026-01-02T10:00:00.000000Z\">\n"
+    "    <info>\n"
+    "      <metadata owner=\"http://freedesktop.org\">\n"
+    "        <mime:mime-type type=\"application/vnd.oasis.opendocument.text\"/>\n"
+    "        <bookmark:applications>\n"
+    "          <bookmark:application name=\"Writer\" exec=\"&apos;writer %u&apos;\" modified=\"2026-01-02T10:00:00.000000Z\" count=\"3\"/>\n"
+    "        </bookmark:applications>\n"
+    "      </metadata>\n"
+    "    </info>\n"
+    "  </bookmark>\n"
+    "  <bookmark href=\"file:///SHARED\" added=\"2026-01-03T10:00:00.000000Z\" modified=\"2026-01-03T10:00:00.000000Z\" visited=\"2026-01-03T10:00:00.000000Z\">\n"
+    "    <info>\n"
+    "      <metadata owner=\"http://freedesktop.org\">\n"
+    "        <mime:mime-type type=\"application/pdf\"/>\n"
+    "        <bookmark:applications>\n"
+    "          <bookmark:application name=\"Viewer\" exec=\"&apos;viewer %u&apos;\" modified=\"2026-01-03T10:00:00.000000Z\" count=\"1\"/>\n"
+    "        </bookmark:applications>\n"
+    "      </metadata>\n"
+    "    </info>\n"
+    "  </bookmark>\n"
+    "</xbel>\n";
+
+QString read(const QString& path)
+{
+    QFile f(path);
+    f.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(f.readAll());
+}
+
+void write(const QString& path, const QByteArray& text)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write(text);
+}
+
+bool wellFormed(const QString& path)
+{
+    QXmlStreamReader xml(read(path));
+    while (!xml.atEnd())
+        xml.readNext();
+    return !xml.hasError();
+}
+
+// The text of the first bookmark element whose href contains `marker`.
+QString bookmarkText(const QString& store, const QString& marker)
+{
+    const QString text = read(store);
+    const qsizetype at = text.indexOf(marker);
+    if (at < 0)
+        return {};
+    const qsizetype start = text.lastIndexOf(QStringLiteral("<bookmark "), at);
+    const qsizetype end = text.indexOf(QStringLiteral("</bookmark>"), at) + 11;
+    return text.mid(start, end - start);
+}
+
+}
+
+class XbelRecentDocumentsTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir dir;
+
+private slots:
+    void othersItemsSurviveNoteAndClear()
+    {
+        const QString store = dir.filePath("others/recently-used.xbel");
+        QDir().mkpath(dir.filePath("others"));
+        QString original = QString::fromUtf8(othersStore);
+        const QString shared = dir.filePath("shared.pdf");
+        original.replace("file:///SHARED", QUrl::fromLocalFile(shared).toString());
+        write(store, original.toUtf8());
+        const QString writerItem = bookmarkText(store, "set%20list.odt");
+        QVERIFY(!writerItem.isEmpty());
+
+        XbelRecentDocuments recents(store);
+        QVERIFY(recents.list().isEmpty());  // nothing of ours yet
+        const QString a = dir.filePath("a.pdf");
+        const QString b = dir.filePath("Show & Tell.brelvonic");
+        recents.note(a);
+        recents.note(b);
+        recents.note(shared);
+        recents.note(a);
+        QVERIFY(wellFormed(store));
+        QCOMPARE(recents.list(), (QStringList{a, shared, b}));
+        QCOMPARE(bookmarkText(store, "set%20list.odt"), writerItem);  // byte for byte
+        QVERIFY(bookmarkText(store, "shared.pdf").contains("name=\"Viewer\""));
+        QVERIFY(bookmarkText(store, "a.pdf").contains("count=\"2\""));
+        QVERIFY(bookmarkText(store, "Show%20&amp;%20Tell").contains("application/x-brelvonic-show"));
+
+        recents.clear();
+        QVERIFY(wellFormed(store));
+        QVERIFY(recents.list().isEmpty());
+        QCOMPARE(bookmarkText(store, "set%20list.odt"), writerItem);
+        const QString sharedAfter = bookmarkText(store, "shared.pdf");
+        QVERIFY(sharedAfter.contains("name=\"Viewer\""));
+        QVERIFY(!sharedAfter.contains("PDF Brelvonic"));
+        QVERIFY(bookmarkText(store, "a.pdf").isEmpty());
+    }
+
+    void missingEmptyAndDamagedStores()
+    {
+        const QString missing = dir.filePath("new/deeper/recently-used.xbel");
+        XbelRecentDocuments fresh(missing);
+        QVERIFY(fresh.list().isEmpty());
+        fresh.note(dir.filePath("x.pdf"));
+        QCOMPARE(fresh.list(), QStringList{dir.filePath("x.pdf")});
+        QVERIFY(wellFormed(missing));
+
+        const QString empty = dir.filePath("empty.xbel");
+        write(empty, "");
+        XbelRecentDocuments blank(empty);
+        QVERIFY(blank.list().isEmpty());
+
+        // Cut off in the middle of the second bookmark: the first is readable
+        // and must survive the repair that the next write makes.
+        const QString damaged = dir.filePath("damaged.xbel");
+        const QByteArray whole(othersStore);
+        write(damaged, whole.left(whole.indexOf("file:///SHARED") + 20));
+        XbelRecentDocuments repaired(damaged);
+        QVERIFY(repaired.list().isEmpty());
+        repaired.note(dir.filePath("y.pdf"));
+        QVERIFY(wellFormed(damaged));
+        QVERIFY(read(damaged).contains("name=\"Writer\""));
+        QCOMPARE(repaired.list(), QStringList{dir.filePath("y.pdf")});
+    }
+
+    void listHoldsTheTenNewest()
+    {
+        XbelRecentDocuments recents(dir.filePath("ten.xbel"));
+        for (int i = 0; i < 12; ++i)
+            recents.note(dir.filePath(QStringLiteral("%1.pdf").arg(i)));
+        const QStringList list = recents.list();
+        QCOMPARE(list.size(), 10);
+        QCOMPARE(list.front(), dir.filePath("11.pdf"));
+        QCOMPARE(list.back(), dir.filePath("2.pdf"));
+    }
+};
+
+QTEST_MAIN(XbelRecentDocumentsTest)
+#include "tst_XbelRecentDocuments.moc"
