@@ -31,11 +31,15 @@ StageCanvas::StageCanvas(AppModel& model, QWidget* parent)
 // Collects what the stage shows, under tracking, so any change redraws.
 void StageCanvas::refresh()
 {
-    OutputFrameState s = model_.stagePreviewState();
-    state_ = std::move(s);
-    // The audience's picture has the published frame's aspect.
-    const PixelSize frame = model_.syphonPixelSize();
-    aspect_ = QSizeF(std::max(frame.width, 1), std::max(frame.height, 1));
+    state_ = model_.stagePreviewState();
+    // The canvas takes the slide's own aspect, so that normalised points land
+    // on the slide; without a slide, that of the published frame.
+    if (state_.incoming && !state_.incoming->isNull()) {
+        aspect_ = QSizeF(state_.incoming->size());
+    } else {
+        const PixelSize frame = model_.syphonPixelSize();
+        aspect_ = QSizeF(std::max(frame.width, 1), std::max(frame.height, 1));
+    }
     update();
 }
 

@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/StageCanvas.h"
 #include "support/FakePlatform.h"
+#include "support/TestPdf.h"
 
 #include <QtTest>
 
@@ -34,6 +35,27 @@ class StageCanvasTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void theSlideFillsTheCanvasWithItsOwnAspect()
+    {
+        // A 4:3 slide on a 16:9 canvas: the picture is 360 wide, 60 from the
+        // left, and input there lands on the slide's own edges.
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("four-three.pdf", 2, TestPdf::standard)});
+        StageCanvas canvas(model);
+        canvas.resize(480, 270);
+        QCoreApplication::processEvents();
+        QCOMPARE(canvas.pictureRect(), QRectF(60, 0, 360, 270));
+        model.setTool(StageTool::marker);
+        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(60, 135));
+        QTest::mouseMove(&canvas, QPoint(240, 135));
+        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(420, 135));
+        QCOMPARE(strokesHere(model).size(), std::size_t(1));
+        QCOMPARE(strokesHere(model)[0].points.front(), QPointF(0, 0.5));
+        QCOMPARE(strokesHere(model)[0].points.back(), QPointF(1, 0.5));
+    }
+
     void neverTakesFocus()
     {
         FakePlatform platform;
