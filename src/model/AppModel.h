@@ -21,6 +21,8 @@
 #include <optional>
 #include <vector>
 
+struct SavedShowItem;
+
 // The one presentation model. Lives on the main thread; every view, output and
 // input reads it and calls its operations. Each stored property is an
 // `obs::Observed` value: read with `prop()`, assign with `prop.set(v)` (equal
@@ -149,6 +151,25 @@ public:
     void persistPreferences();
 
     // ---- Shows, cues and notes, intake ----
+    // Show files, cues and notes
+    // True for a path whose extension is "brelvonic" in any case.
+    static bool isShowFile(const QString& path);
+    void presentSaveShowPanel(bool saveAs);
+    void saveShow(const QString& path);
+    // The path a show stores for `file`: relative below the show's folder, else absolute.
+    static QString portablePath(const QString& file, const QString& showPath);
+    void presentOpenShowPanel();
+    void openShow(const QString& path);
+    // A readable PDF for the item, or none.
+    static std::optional<QString> resolveShowItem(const SavedShowItem& item, const QString& showPath);
+    void addBookmark(const QString& name, std::optional<int> page = std::nullopt);
+    void removeBookmark(const QUuid& id);
+    void promptAddBookmark();
+    std::vector<CueBookmark> currentCues() const;
+    void goToNextCue();
+    void goToPreviousCue();
+    void setCurrentNote(const QString& text);
+    QString currentNote() const;
 
     // ---- Stage annotation ----
     void undoAnnotation();
