@@ -170,6 +170,17 @@ public:
     void goToPreviousCue();
     void setCurrentNote(const QString& text);
     QString currentNote() const;
+    // Document intake
+    void presentOpenPanel();
+    void presentFolderPanel();
+    void presentAddToPlaylistPanel();
+    // The PDFs directly inside `folder` (hidden files skipped), in natural
+    // order: "Slide 2" before "Slide 10". Empty when it cannot be listed.
+    static QStringList pdfs(const QString& folder);
+    // Files dropped, given on the command line or handed over by another
+    // launch: a show file wins, folders give their PDFs, and a set that is
+    // already loaded grows instead of being replaced.
+    void ingestDroppedURLs(const QStringList& paths);
 
     // ---- Stage annotation ----
     void undoAnnotation();

@@ -1,0 +1,222 @@
+// Everything that brings PDFs into the set: the open panels, a folder's PDFs,
+// and the files of a drop, the command line or another launch.
+#include "show/DocumentIntake.h"
+
+#include "l10n/L10n.h"
+#include "model/AppModel.h"
+#include "platform/Dialogs.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QStringDecoder>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+bool isPdfName(const QString& path)
+{
+    return QFileInfo(path).suffix().compare(QLatin1String("pdf"), Qt::CaseInsensitive) == 0;
+}
+
+// The local path of a file URL, none for any other URL.
+std::optional<QString> filePathOf(const QUrl& url)
+{
+    if (!url.isValid() || !url.isLocalFile())
+        return std::nullopt;
+    const QString path = url.toLocalFile();
+    if (path.isEmpty())
+        return std::nullopt;
+    return QDir::cleanPath(path);
+}
+
+std::optional<QString> fileURLText(const QString& text)
+{
+    if (!text.startsWith(QLatin1String("file:"), Qt::CaseInsensitive))
+        return std::nullopt;
+    return filePathOf(QUrl(text, QUrl::StrictMode));
+}
+
+Dialogs::OpenOptions pdfPanel(const char* title, const char* prompt)
+{
+    Dialogs::OpenOptions options;
+    options.title = L10n::t(QString::fromLatin1(title));
+    options.prompt = L10n::t(QString::fromLatin1(prompt));
+    options.nameFilters = {QStringLiteral("PDF (*.pdf *.PDF *.Pdf)")};
+    options.multiple = true;
+    return options;
+}
+
+// Finder-like order of names. The C locale compares code points and ignores
+// the numeric mode, so a machine without a chosen locale sorts as English.
+QCollator nameCollator()
+{
+    QLocale locale;
+    if (locale.language() == QLocale::C)
+        locale = QLocale(QLocale::English);
+    QCollator collator(locale);
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+}
+
+namespace DocumentIntake {
+
+std::optional<QString> parse(const QString& text)
+{
+    const QString trimmed = text.trimmed();
+    if (auto path = fileURLText(trimmed))
+        return path;
+    if (trimmed.startsWith(u'/'))
+        return QDir::cleanPath(trimmed);
+    return std::nullopt;
+}
+
+std::optional<QString> parse(const QByteArray& data)
+{
+    if (auto path = filePathOf(QUrl::fromEncoded(data, QUrl::StrictMode)))
+        return path;
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    QString text = decoder.decode(data);
+    if (decoder.hasError())
+        return std::nullopt;
+    // Trim white space, line breaks and control characters at both ends.
+    const auto unwanted = [](QChar c) { return c.isSpace() || c.category() == QChar::Other_Control; };
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && unwanted(text.at(begin)))
+        ++begin;
+    while (end > begin && unwanted(text.at(end - 1)))
+        --end;
+    text = text.mid(begin, end - begin);
+    if (text.isEmpty())
+        return std::nullopt;
+    if (auto path = fileURLText(text))
+        return path;
+    return QDir::cleanPath(QFileInfo(text).absoluteFilePath());
+}
+
+QStringList fileURLs(const QMimeData* mime)
+{
+    QStringList paths;
+    if (!mime)
+        return paths;
+    for (const QUrl& url : mime->urls()) {
+        if (auto path = filePathOf(url))
+            paths << *path;
+    }
+    if (paths.isEmpty() && mime->hasText()) {
+        if (auto path = parse(mime->text()))
+            paths << *path;
+    }
+    return paths;
+}
+
+QStringList argumentPaths(const QStringList& arguments, const QString& workingDirectory)
+{
+    QStringList paths;
+    const QDir base(workingDirectory);
+    for (const QString& argument : arguments) {
+        if (argument.isEmpty())
+            continue;
+        if (auto path = fileURLText(argument))
+            paths << *path;
+        else
+            paths << QDir::cleanPath(base.absoluteFilePath(argument));
+    }
+    return paths;
+}
+
+}
+
+void AppModel::presentOpenPanel()
+{
+    if (!services_.dialogs)
+        return;
+    const QStringList files = services_.dialogs->openPanel(pdfPanel("open.pdf", "open"));
+    if (!files.isEmpty())
+        replacePlaylist(files);
+}
+
+void AppModel::presentAddToPlaylistPanel()
+{
+    if (!services_.dialogs)
+        return;
+    const QStringList files = services_.dialogs->openPanel(pdfPanel("add.to_set", "add"));
+    if (!files.isEmpty())
+        appendToPlaylist(files);
+}
+
+void AppModel::presentFolderPanel()
+{
+    if (!services_.dialogs)
+        return;
+    Dialogs::OpenOptions options;
+    options.title = L10n::t(QStringLiteral("open.folder_pdf"));
+    options.prompt = L10n::t(QStringLiteral("open"));
+    options.directories = true;
+    const QStringList chosen = services_.dialogs->openPanel(options);
+    if (chosen.isEmpty())
+        return;
+    const QString folder = QDir::cleanPath(chosen.constFirst());
+    const QStringList files = pdfs(folder);
+    if (files.isEmpty()) {
+        services_.dialogs->warning(L10n::t(QStringLiteral("alert.folder_empty")), QFileInfo(folder).fileName());
+        return;
+    }
+    replacePlaylist(files);
+}
+
+QStringList AppModel::pdfs(const QString& folder)
+{
+    // File access needs no grant on this platform: nothing to start or stop.
+    // Without QDir::Hidden the listing skips hidden files; an unreadable
+    // folder lists nothing. A folder named x.pdf counts: only the name is tested.
+    const QFileInfoList entries = QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+    QFileInfoList kept;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(kept),
+                 [](const QFileInfo& info) { return isPdfName(info.fileName()); });
+    const QCollator collator = nameCollator();
+    std::stable_sort(kept.begin(), kept.end(), [&](const QFileInfo& a, const QFileInfo& b) {
+        return collator.compare(a.fileName(), b.fileName()) < 0;
+    });
+    QStringList files;
+    for (const QFileInfo& info : kept)
+        files << QDir::cleanPath(info.absoluteFilePath());
+    return files;
+}
+
+void AppModel::ingestDroppedURLs(const QStringList& paths)
+{
+    QStringList standardized;
+    for (const QString& path : paths) {
+        if (!path.isEmpty())
+            standardized << QDir::cleanPath(path);
+    }
+    // A show file wins: everything else in the same drop is ignored.
+    for (const QString& path : standardized) {
+        if (isShowFile(path)) {
+            openShow(path);
+            return;
+        }
+    }
+    QStringList files;
+    for (const QString& path : standardized) {
+        const QFileInfo info(path);
+        if (info.exists() && info.isDir())
+            files << pdfs(path);
+        else if (isPdfName(path))
+            files << path;
+    }
+    if (files.isEmpty())
+        return;
+    if (playlist.peek().empty())
+        replacePlaylist(files);
+    else
+        appendToPlaylist(files);
+}

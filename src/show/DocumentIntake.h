@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class QMimeData;
+
+// What a drag, a drop or the command line carries, turned into standardized
+// absolute file paths ("." and ".." resolved) in the order given. The model
+// then decides what the paths mean (AppModel::ingestDroppedURLs).
+namespace DocumentIntake {
+
+// One dropped text: a file URL, or an absolute path. Anything else gives none.
+std::optional<QString> parse(const QString& text);
+
+// One dropped item's raw bytes: a file URL's encoded form, or UTF-8 text that
+// is a file URL or a path (a relative path is taken from the current folder).
+std::optional<QString> parse(const QByteArray& data);
+
+// The files a drag offers: the file URLs of its URL list, otherwise its text
+// read by `parse`. Empty when it offers no file.
+QStringList fileURLs(const QMimeData* mime);
+
+// Command-line arguments as absolute paths: file URLs as given by file
+// managers, or paths relative to `workingDirectory`.
+QStringList argumentPaths(const QStringList& arguments, const QString& workingDirectory);
+
+}
