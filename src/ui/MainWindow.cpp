@@ -3,8 +3,13 @@
 #include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "platform/Dialogs.h"
+#include "show/DocumentIntake.h"
 #include "stage/StageCanvas.h"
 
+#include <QDragEnterEvent>
+#include <QDragLeaveEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
@@ -32,6 +37,8 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     follower_ = new obs::Follower([this] { update(); }, this);
     follower_->start();
     resize(1100, 700);
+    // Drops land on the window whatever lies under the pointer.
+    setAcceptDrops(true);
 }
 
 void MainWindow::update()
@@ -95,4 +102,72 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
         return;
     }
     QMainWindow::keyPressEvent(event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (DocumentIntake::fileURLs(event->mimeData()).isEmpty()) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    setDropHighlight(true);
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (DocumentIntake::fileURLs(event->mimeData()).isEmpty()) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void MainWindow::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    setDropHighlight(false);
+    event->accept();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    setDropHighlight(false);
+    const QStringList paths = DocumentIntake::fileURLs(event->mimeData());
+    if (paths.isEmpty()) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    // Taken on the next turn: the drag source is answered first, and an
+    // alert about a bad file does not run inside the drop.
+    QMetaObject::invokeMethod(this, [this, paths] { model_.ingestDroppedURLs(paths); }, Qt::QueuedConnection);
+}
+
+void MainWindow::setDropHighlight(bool shown)
+{
+    if (!dropHighlight_) {
+        if (!shown)
+            return;
+        dropHighlight_ = new QLabel(this);
+        dropHighlight_->setObjectName(QStringLiteral("dropHighlight"));
+        dropHighlight_->setAlignment(Qt::AlignCenter);
+        dropHighlight_->setWordWrap(true);
+        // Clicks and the drag itself go to the window below.
+        dropHighlight_->setAttribute(Qt::WA_TransparentForMouseEvents);
+        const QColor accent = palette().color(QPalette::Highlight);
+        dropHighlight_->setStyleSheet(QStringLiteral("QLabel { background: rgba(%1, %2, %3, 56); border: 3px dashed rgb(%1, %2, %3);"
+                                                     " border-radius: 14px; font-size: 22px; font-weight: 600; }")
+                                          .arg(accent.red())
+                                          .arg(accent.green())
+                                          .arg(accent.blue()));
+    }
+    if (shown) {
+        dropHighlight_->setText(L10n::t(QStringLiteral("drop.set")));
+        dropHighlight_->setGeometry(rect().adjusted(6, 6, -6, -6));
+        dropHighlight_->raise();
+    }
+    dropHighlight_->setVisible(shown);
 }

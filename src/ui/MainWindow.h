@@ -14,6 +14,11 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    // Files, folders and show files dropped anywhere on the window.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void openPdfs();
@@ -25,4 +30,7 @@ private:
     QAction* openAction_;
     QMenu* fileMenu_;
     obs::Follower* follower_;
+    // Shown over the whole window while a drag that carries files hovers.
+    void setDropHighlight(bool shown);
+    QLabel* dropHighlight_ = nullptr;
 };

@@ -1,0 +1,147 @@
+#include "l10n/L10n.h"
+#include "model/AppModel.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+#include "ui/MainWindow.h"
+
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QDragLeaveEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
+#include <QLabel>
+#include <QMimeData>
+#include <QUrl>
+#include <QtTest>
+
+namespace {
+
+QStringList setNames(const AppModel& model)
+{
+    QStringList names;
+    for (const auto& entry : model.playlist())
+        names << QFileInfo(entry.url).fileName();
+    return names;
+}
+
+QMimeData* fileDrag(const QStringList& paths)
+{
+    auto* mime = new QMimeData;
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls << QUrl::fromLocalFile(path);
+    mime->setUrls(urls);
+    return mime;
+}
+
+QMimeData* textDrag(const QString& text)
+{
+    auto* mime = new QMimeData;
+    mime->setText(text);
+    return mime;
+}
+
+}
+
+// The window's drop handling, driven by the events a real drag delivers.
+class IntakeDropTest : public QObject {
+    Q_OBJECT
+
+    struct Window {
+        FakePlatform platform;
+        AppModel model{platform.services()};
+        MainWindow window{model};
+
+        Window() { window.show(); }
+        QLabel* highlight() const { return window.findChild<QLabel*>(QStringLiteral("dropHighlight")); }
+        bool highlighted() const { return highlight() && highlight()->isVisible(); }
+
+        bool enter(QMimeData* mime)
+        {
+            QDragEnterEvent event(QPoint(200, 200), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(&window, &event);
+            return event.isAccepted() && event.dropAction() == Qt::CopyAction;
+        }
+        bool move(QMimeData* mime)
+        {
+            QDragMoveEvent event(QPoint(240, 220), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(&window, &event);
+            return event.isAccepted();
+        }
+        void leave()
+        {
+            QDragLeaveEvent event;
+            QApplication::sendEvent(&window, &event);
+        }
+        bool drop(QMimeData* mime)
+        {
+            QDropEvent event(QPointF(240, 220), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(&window, &event);
+            return event.isAccepted() && event.dropAction() == Qt::CopyAction;
+        }
+    };
+
+private slots:
+    void aFileDragIsHighlightedUntilItLeaves()
+    {
+        TestFolder folder;
+        const QString a = folder.pdf("a.pdf", 1);
+        Window w;
+        std::unique_ptr<QMimeData> mime(fileDrag({a}));
+        QVERIFY(w.enter(mime.get()));
+        QVERIFY(w.highlighted());
+        QCOMPARE(w.highlight()->text(), L10n::t("drop.set"));
+        QCOMPARE(w.highlight()->geometry().center(), w.window.rect().center());
+        QVERIFY(w.highlight()->testAttribute(Qt::WA_TransparentForMouseEvents));
+        QVERIFY(w.move(mime.get()));
+        w.leave();
+        QVERIFY(!w.highlighted());
+        QVERIFY(w.model.playlist().empty());
+    }
+
+    void dragsWithoutFilesAreRefused()
+    {
+        Window w;
+        std::unique_ptr<QMimeData> words(textDrag("some words"));
+        QVERIFY(!w.enter(words.get()));
+        QVERIFY(!w.move(words.get()));
+        QVERIFY(!w.highlighted());
+
+        auto web = std::make_unique<QMimeData>();
+        web->setUrls({QUrl("https://example.com/deck.pdf")});
+        QVERIFY(!w.enter(web.get()));
+        QVERIFY(!w.drop(web.get()));
+        QVERIFY(!w.highlighted());
+        QCoreApplication::processEvents();
+        QVERIFY(w.model.playlist().empty());
+    }
+
+    void droppedFilesAndFoldersMakeTheSetThenGrowIt()
+    {
+        TestFolder folder;
+        const QString a = folder.pdf("a.pdf", 2);
+        QDir().mkpath(folder.file("deck"));
+        folder.pdf("deck/Slide 10.pdf", 1);
+        folder.pdf("deck/Slide 2.pdf", 1);
+        folder.pdf("deck/.hidden.pdf", 1);
+        const QString extra = folder.pdf("extra one.pdf", 1);
+        Window w;
+
+        std::unique_ptr<QMimeData> mime(fileDrag({a, folder.file("deck"), folder.file("notes.txt")}));
+        QVERIFY(w.enter(mime.get()));
+        QVERIFY(w.drop(mime.get()));
+        QVERIFY(!w.highlighted());
+        QTRY_COMPARE_WITH_TIMEOUT(setNames(w.model), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf"}), 10000);
+
+        // The text form of a path, as some programs drag it: appended.
+        std::unique_ptr<QMimeData> text(textDrag(" " + extra + "\n"));
+        QVERIFY(w.enter(text.get()));
+        QVERIFY(w.drop(text.get()));
+        QTRY_COMPARE_WITH_TIMEOUT(setNames(w.model), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf", "extra one.pdf"}), 10000);
+        QCOMPARE(w.model.playlistIndex(), 0);
+        QVERIFY(w.platform.dialogs->alerts.empty());
+    }
+};
+
+QTEST_MAIN(IntakeDropTest)
+#include "tst_IntakeDrop.moc"
