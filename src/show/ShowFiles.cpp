@@ -16,7 +16,6 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-#include <algorithm>
 #include <limits>
 
 namespace {
@@ -206,8 +205,7 @@ void AppModel::openShow(const QString& path)
         if (!entry)
             continue;
         entry->cues = item.cues;
-        std::stable_sort(entry->cues.begin(), entry->cues.end(),
-                         [](const CueBookmark& a, const CueBookmark& b) { return a.pageIndex < b.pageIndex; });
+        sortCuesByPage(entry->cues);
         entry->notesByPage = item.notesByPage();
         entries.push_back(std::move(*entry));
     }
