@@ -92,18 +92,17 @@ struct Reader {
         }
         return it.value();
     }
-    QString string(const char* key)
+    QJsonValue typed(const char* key, bool (QJsonValue::*is)() const)
     {
         const QJsonValue v = required(key);
-        ok = ok && v.isString();
-        return v.toString();
+        ok = ok && (v.*is)();
+        return v;
     }
-    double number(const char* key)
-    {
-        const QJsonValue v = required(key);
-        ok = ok && v.isDouble();
-        return v.toDouble();
-    }
+    QString string(const char* key) { return typed(key, &QJsonValue::isString).toString(); }
+    double number(const char* key) { return typed(key, &QJsonValue::isDouble).toDouble(); }
+    bool boolean(const char* key) { return typed(key, &QJsonValue::isBool).toBool(); }
+    QJsonArray array(const char* key) { return typed(key, &QJsonValue::isArray).toArray(); }
+    QJsonObject child(const char* key) { return typed(key, &QJsonValue::isObject).toObject(); }
     // A JSON number without a fraction that fits 64 bits (exactly below 2^53).
     qint64 integer(const char* key)
     {
@@ -114,24 +113,6 @@ struct Reader {
             return 0;
         }
         return static_cast<qint64>(d);
-    }
-    bool boolean(const char* key)
-    {
-        const QJsonValue v = required(key);
-        ok = ok && v.isBool();
-        return v.toBool();
-    }
-    QJsonArray array(const char* key)
-    {
-        const QJsonValue v = required(key);
-        ok = ok && v.isArray();
-        return v.toArray();
-    }
-    QJsonObject child(const char* key)
-    {
-        const QJsonValue v = required(key);
-        ok = ok && v.isObject();
-        return v.toObject();
     }
 };
 
