@@ -1,8 +1,34 @@
+#include "app/SingleInstance.h"
 #include "model/AppModel.h"
+#include "show/DocumentIntake.h"
 #include "ui/MainWindow.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
+
+#include <cstdio>
+
+namespace {
+// With PDF_BRELVONIC_TRACE set, the program tells on stdout when it serves
+// hand-overs and what its set holds after taking files, so that a test can
+// watch a running program from outside.
+void trace(const QString& line)
+{
+    if (!qEnvironmentVariableIsSet("PDF_BRELVONIC_TRACE"))
+        return;
+    std::fputs(qPrintable(line + u'\n'), stdout);
+    std::fflush(stdout);
+}
+
+void traceSet(const AppModel& model)
+{
+    QStringList names;
+    for (const auto& entry : model.playlist())
+        names << QFileInfo(entry.url).fileName();
+    trace(QStringLiteral("set: ") + names.join(u'|'));
+}
+}
 
 int main(int argc, char** argv)
 {
@@ -10,15 +36,29 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
     QApplication::setOrganizationName(QStringLiteral("Brelvonic"));
 
+    // Files given at launch are taken like a drop, here or by the program
+    // that already runs for this user.
+    const QStringList files = DocumentIntake::argumentPaths(app.arguments().mid(1), QDir::currentPath());
+    SingleInstance instance;
+    if (instance.claim(files) == SingleInstance::Role::handedOver)
+        return 0;
+
     AppModel& model = AppModel::shared();
     MainWindow window(model);
     window.show();
     model.start();
 
-    QStringList files;
-    for (const QString& argument : app.arguments().mid(1))
-        files << QFileInfo(argument).absoluteFilePath();
-    if (!files.isEmpty())
-        model.replacePlaylist(files);
+    QObject::connect(&instance, &SingleInstance::filesReceived, &window, [&](const QStringList& paths) {
+        window.raise();
+        window.activateWindow();
+        model.ingestDroppedURLs(paths);
+        traceSet(model);
+    }, Qt::QueuedConnection);
+    if (!files.isEmpty()) {
+        model.ingestDroppedURLs(files);
+        traceSet(model);
+    }
+    if (instance.isListening())
+        trace(QStringLiteral("listening ") + instance.socketName());
     return app.exec();
 }

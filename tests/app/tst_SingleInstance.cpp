@@ -1,0 +1,234 @@
+#include "app/SingleInstance.h"
+#include "support/TestPdf.h"
+
+#include <QDir>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QtEndian>
+#include <QtTest>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr int patience = 30000;  // ms; a loaded machine starts a program slowly
+
+QByteArray header(quint32 length)
+{
+    QByteArray bytes("PBRV");
+    char size[4];
+    qToBigEndian(length, size);
+    return bytes + QByteArray(size, 4);
+}
+
+QByteArray withPayload(const QByteArray& payload)
+{
+    return header(static_cast<quint32>(payload.size())) + payload;
+}
+
+// What a crash leaves: a bound socket file that nobody serves.
+bool leaveStaleSocket(const QString& path)
+{
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (fd < 0)
+        return false;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof(address.sun_path) - 1);
+    const bool bound = ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+    ::close(fd);
+    return bound && QFileInfo::exists(path);
+}
+
+// A client that sends raw bytes and sees whether the server hangs up.
+struct RawClient {
+    QLocalSocket socket;
+    QByteArray answer;
+
+    explicit RawClient(const QString& name)
+    {
+        QObject::connect(&socket, &QLocalSocket::readyRead, &socket, [this] { answer += socket.readAll(); });
+        socket.connectToServer(name);
+    }
+    bool send(const QByteArray& bytes)
+    {
+        if (!socket.waitForConnected(patience))
+            return false;
+        socket.write(bytes);
+        return socket.waitForBytesWritten(patience);
+    }
+    bool hungUp() const { return socket.state() == QLocalSocket::UnconnectedState; }
+};
+
+// The real program, started with a home of its own so that the user's
+// preferences, recent files and running copy are never touched.
+struct Program {
+    QProcess process;
+    QString out;
+
+    Program(const QProcessEnvironment& environment, const QString& folder, const QStringList& arguments)
+    {
+        QObject::connect(&process, &QProcess::readyReadStandardOutput, &process,
+                         [this] { out += QString::fromUtf8(process.readAllStandardOutput()); });
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(folder);
+        process.setProcessChannelMode(QProcess::SeparateChannels);
+        process.start(QStringLiteral(PDF_BRELVONIC_PATH), arguments);
+    }
+    ~Program()
+    {
+        if (process.state() != QProcess::NotRunning) {
+            process.kill();
+            process.waitForFinished(patience);
+        }
+    }
+    bool says(const QString& line) const { return out.split(u'\n').contains(line); }
+    bool endedWell() { return process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0; }
+};
+
+}
+
+class SingleInstanceTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void messagesAreCheckedBeforeTheyAreTaken()
+    {
+        QStringList paths;
+        const QByteArray message = SingleInstance::encode({"/shows/a.pdf", "/shows/Gig Night.brelvonic"});
+        QCOMPARE(SingleInstance::readMessage(message, paths), SingleInstance::Read::done);
+        QCOMPARE(paths, (QStringList{"/shows/a.pdf", "/shows/Gig Night.brelvonic"}));
+        // Every shorter piece waits for the rest.
+        for (qsizetype n = 0; n < message.size(); ++n)
+            QCOMPARE(SingleInstance::readMessage(message.first(n), paths), SingleInstance::Read::needMore);
+
+        // Relative paths mean another folder: dropped, the rest kept.
+        QCOMPARE(SingleInstance::readMessage(withPayload(R"(["a.pdf", "/b.pdf"])"), paths), SingleInstance::Read::done);
+        QCOMPARE(paths, QStringList{"/b.pdf"});
+        QCOMPARE(SingleInstance::readMessage(SingleInstance::encode({}), paths), SingleInstance::Read::done);
+        QVERIFY(paths.isEmpty());
+
+        const QByteArray bad[] = {
+            "GET / HTTP/1.1\r\n",  // not ours, told by the first byte
+            "PX",                   // ...or as soon as it differs
+            header(quint32(SingleInstance::maxPayload) + 1),
+            header(0xffffffffu),
+            withPayload("not json"),
+            withPayload(R"({"files": ["/a.pdf"]})"),
+            withPayload(R"(["/a.pdf", 7])"),
+            withPayload("[\"/a.pdf\""),
+        };
+        for (const QByteArray& bytes : bad) {
+            paths = QStringList{"untouched"};
+            QCOMPARE(SingleInstance::readMessage(bytes, paths), SingleInstance::Read::bad);
+            QCOMPARE(paths, QStringList{"untouched"});
+        }
+    }
+
+    void theServerHangsUpOnBadMessagesAndAnswersGoodOnes()
+    {
+        QTemporaryDir dir;
+        const QString name = dir.filePath("test.socket");
+        SingleInstance server(name);
+        QCOMPARE(server.claim({"/x.pdf"}), SingleInstance::Role::primary);
+        QVERIFY(server.isListening());
+        QSignalSpy received(&server, &SingleInstance::filesReceived);
+
+        for (const QByteArray& bytes : {QByteArray("hello, world\n"), header(0x7fffffff), withPayload("[1, 2]")}) {
+            RawClient junk(name);
+            QVERIFY(junk.send(bytes));
+            QTRY_VERIFY_WITH_TIMEOUT(junk.hungUp(), patience);
+            QVERIFY(junk.answer.isEmpty());
+        }
+        QCOMPARE(received.count(), 0);
+
+        // A good message in two writes.
+        const QByteArray message = SingleInstance::encode({"/deck/one.pdf", "/deck/two.pdf"});
+        RawClient client(name);
+        QVERIFY(client.send(message.first(6)));
+        QVERIFY(client.send(message.mid(6)));
+        QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, patience);
+        QCOMPARE(received.at(0).at(0).toStringList(), (QStringList{"/deck/one.pdf", "/deck/two.pdf"}));
+        QTRY_COMPARE_WITH_TIMEOUT(client.answer, QByteArray("ok"), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(client.hungUp(), patience);
+    }
+
+    void aSocketLeftByACrashIsReplaced()
+    {
+        QTemporaryDir dir;
+        const QString name = dir.filePath("test.socket");
+        QVERIFY(leaveStaleSocket(name));
+        SingleInstance server(name);
+        QCOMPARE(server.claim({}), SingleInstance::Role::primary);
+        QVERIFY(server.isListening());
+        QSignalSpy received(&server, &SingleInstance::filesReceived);
+        RawClient client(name);
+        QVERIFY(client.send(SingleInstance::encode({"/a.pdf"})));
+        QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, patience);
+    }
+
+    void aSecondLaunchHandsItsFilesToTheRunningProgram()
+    {
+        QTemporaryDir root;
+        QDir base(root.path());
+        for (const char* folder : {"run", "home", "config", "data", "cache", "deck", "more"})
+            QVERIFY(base.mkpath(folder));
+        QVERIFY(QFile::setPermissions(base.filePath("run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QVERIFY(TestPdf::write(base.filePath("deck/one.pdf"), 2));
+        QVERIFY(TestPdf::write(base.filePath("deck/two.pdf"), 1));
+        QVERIFY(TestPdf::write(base.filePath("more/Slide 10.pdf"), 1));
+        QVERIFY(TestPdf::write(base.filePath("more/Slide 2.pdf"), 1));
+
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        environment.insert("XDG_RUNTIME_DIR", base.filePath("run"));
+        environment.insert("HOME", base.filePath("home"));
+        environment.insert("XDG_CONFIG_HOME", base.filePath("config"));
+        environment.insert("XDG_DATA_HOME", base.filePath("data"));
+        environment.insert("XDG_CACHE_HOME", base.filePath("cache"));
+        environment.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + base.filePath("no-bus"));
+        environment.insert("PDF_BRELVONIC_TRACE", "1");
+        const QString socket = base.filePath("run/pdf-brelvonic.socket");
+        const QString listening = "listening " + socket;
+        const QString deck = base.filePath("deck");
+
+        auto first = std::make_unique<Program>(environment, deck, QStringList{});
+        QTRY_VERIFY_WITH_TIMEOUT(first->says(listening), patience);
+
+        // A relative path, as a shell gives it: resolved in the sender's folder.
+        Program second(environment, deck, {"one.pdf"});
+        QVERIFY(second.endedWell());
+        QVERIFY(!second.says(listening));
+        QTRY_VERIFY_WITH_TIMEOUT(first->says("set: one.pdf"), patience);
+
+        // Junk on the socket changes nothing; the next hand-over still lands,
+        // and onto a loaded set it appends.
+        RawClient junk(socket);
+        QVERIFY(junk.send("PBRV\xff\xff\xff\xff"));
+        QTRY_VERIFY_WITH_TIMEOUT(junk.hungUp(), patience);
+        Program third(environment, base.path(), {"more", QUrl::fromLocalFile(base.filePath("deck/two.pdf")).toString()});
+        QVERIFY(third.endedWell());
+        QTRY_VERIFY_WITH_TIMEOUT(first->says("set: one.pdf|Slide 2.pdf|Slide 10.pdf|two.pdf"), patience);
+        QCOMPARE(first->process.state(), QProcess::Running);
+
+        // Killed, it leaves its socket behind; the next launch takes over.
+        first->process.kill();
+        QVERIFY(first->process.waitForFinished(patience));
+        first.reset();
+        QVERIFY(QFileInfo::exists(socket));
+        Program fourth(environment, deck, {"two.pdf"});
+        QTRY_VERIFY_WITH_TIMEOUT(fourth.says(listening) && fourth.says("set: two.pdf"), patience);
+        Program fifth(environment, deck, {"one.pdf"});
+        QVERIFY(fifth.endedWell());
+        QTRY_VERIFY_WITH_TIMEOUT(fourth.says("set: two.pdf|one.pdf"), patience);
+    }
+};
+
+QTEST_MAIN(SingleInstanceTest)
+#include "tst_SingleInstance.moc"
