@@ -52,31 +52,39 @@ class IntakeDropTest : public QObject {
         AppModel model{platform.services()};
         MainWindow window{model};
 
-        Window() { window.show(); }
+        Window()
+        {
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+        }
+        // Events go to the platform window, which routes them as it does a
+        // real drag: from the widget under the pointer (the stage) upwards.
+        QPoint middle() const { return window.rect().center(); }
+        void deliver(QEvent* event) { QApplication::sendEvent(window.windowHandle(), event); }
         QLabel* highlight() const { return window.findChild<QLabel*>(QStringLiteral("dropHighlight")); }
         bool highlighted() const { return highlight() && highlight()->isVisible(); }
 
         bool enter(QMimeData* mime)
         {
-            QDragEnterEvent event(QPoint(200, 200), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(&window, &event);
+            QDragEnterEvent event(middle(), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
+            deliver(&event);
             return event.isAccepted() && event.dropAction() == Qt::CopyAction;
         }
         bool move(QMimeData* mime)
         {
-            QDragMoveEvent event(QPoint(240, 220), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(&window, &event);
+            QDragMoveEvent event(middle() + QPoint(30, 20), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
+            deliver(&event);
             return event.isAccepted();
         }
         void leave()
         {
             QDragLeaveEvent event;
-            QApplication::sendEvent(&window, &event);
+            deliver(&event);
         }
         bool drop(QMimeData* mime)
         {
-            QDropEvent event(QPointF(240, 220), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(&window, &event);
+            QDropEvent event(QPointF(middle() + QPoint(30, 20)), Qt::CopyAction | Qt::MoveAction, mime, Qt::LeftButton, Qt::NoModifier);
+            deliver(&event);
             return event.isAccepted() && event.dropAction() == Qt::CopyAction;
         }
     };
