@@ -40,14 +40,17 @@ std::optional<QString> fileURLText(const QString& text)
     return filePathOf(QUrl(text, QUrl::StrictMode));
 }
 
-Dialogs::OpenOptions pdfPanel(const char* title, const char* prompt)
+// The PDFs chosen in an open panel, none when cancelled.
+QStringList choosePdfs(Dialogs* dialogs, const char* title, const char* prompt)
 {
+    if (!dialogs)
+        return {};
     Dialogs::OpenOptions options;
     options.title = L10n::t(QString::fromLatin1(title));
     options.prompt = L10n::t(QString::fromLatin1(prompt));
     options.nameFilters = {QStringLiteral("PDF (*.pdf *.PDF *.Pdf)")};
     options.multiple = true;
-    return options;
+    return dialogs->openPanel(options);
 }
 
 // Finder-like order of names. The C locale compares code points and ignores
@@ -136,19 +139,13 @@ QStringList argumentPaths(const QStringList& arguments, const QString& workingDi
 
 void AppModel::presentOpenPanel()
 {
-    if (!services_.dialogs)
-        return;
-    const QStringList files = services_.dialogs->openPanel(pdfPanel("open.pdf", "open"));
-    if (!files.isEmpty())
+    if (const QStringList files = choosePdfs(services_.dialogs.get(), "open.pdf", "open"); !files.isEmpty())
         replacePlaylist(files);
 }
 
 void AppModel::presentAddToPlaylistPanel()
 {
-    if (!services_.dialogs)
-        return;
-    const QStringList files = services_.dialogs->openPanel(pdfPanel("add.to_set", "add"));
-    if (!files.isEmpty())
+    if (const QStringList files = choosePdfs(services_.dialogs.get(), "add.to_set", "add"); !files.isEmpty())
         appendToPlaylist(files);
 }
 

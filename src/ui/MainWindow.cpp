@@ -104,25 +104,30 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
     QMainWindow::keyPressEvent(event);
 }
 
-void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+namespace {
+// Answers a drag or a drop with the copy action when it carries files.
+QStringList acceptFiles(QDropEvent* event)
 {
-    if (DocumentIntake::fileURLs(event->mimeData()).isEmpty()) {
+    const QStringList paths = DocumentIntake::fileURLs(event->mimeData());
+    if (paths.isEmpty()) {
         event->ignore();
-        return;
+        return paths;
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    setDropHighlight(true);
+    return paths;
+}
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!acceptFiles(event).isEmpty())
+        setDropHighlight(true);
 }
 
 void MainWindow::dragMoveEvent(QDragMoveEvent* event)
 {
-    if (DocumentIntake::fileURLs(event->mimeData()).isEmpty()) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    acceptFiles(event);
 }
 
 void MainWindow::dragLeaveEvent(QDragLeaveEvent* event)
@@ -134,13 +139,9 @@ void MainWindow::dragLeaveEvent(QDragLeaveEvent* event)
 void MainWindow::dropEvent(QDropEvent* event)
 {
     setDropHighlight(false);
-    const QStringList paths = DocumentIntake::fileURLs(event->mimeData());
-    if (paths.isEmpty()) {
-        event->ignore();
+    const QStringList paths = acceptFiles(event);
+    if (paths.isEmpty())
         return;
-    }
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
     // Taken on the next turn: the drag source is answered first, and an
     // alert about a bad file does not run inside the drop.
     QMetaObject::invokeMethod(this, [this, paths] { model_.ingestDroppedURLs(paths); }, Qt::QueuedConnection);
