@@ -58,16 +58,7 @@ void MainWindow::update()
 
 void MainWindow::openPdfs()
 {
-    auto dialogs = model_.services().dialogs;
-    if (!dialogs)
-        return;
-    Dialogs::OpenOptions options;
-    options.title = L10n::t(QStringLiteral("open.pdf"));
-    options.nameFilters = {QStringLiteral("PDF (*.pdf *.PDF)")};
-    options.multiple = true;
-    const QStringList files = dialogs->openPanel(options);
-    if (!files.isEmpty())
-        model_.replacePlaylist(files);
+    model_.presentOpenPanel();
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event)
