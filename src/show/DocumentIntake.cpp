@@ -53,8 +53,9 @@ QStringList choosePdfs(Dialogs* dialogs, const char* title, const char* prompt)
     return dialogs->openPanel(options);
 }
 
-// Finder-like order of names. The C locale compares code points and ignores
-// the numeric mode, so a machine without a chosen locale sorts as English.
+// The order a file manager shows: numbers by value, case ignored. The C
+// locale compares code points and ignores the numeric mode, so a machine
+// without a chosen locale sorts as English.
 QCollator nameCollator()
 {
     QLocale locale;
