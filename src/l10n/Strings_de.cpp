@@ -90,7 +90,7 @@ const StringPair germanStrings[] = {
     {"clicker.need_access", "Um Folien über Resolume weiterzuschalten, erlauben Sie den Zugriff in den Bedienungshilfen."},
     {"clicker.open_settings", "Einstellungen öffnen"},
     {"clicker.hint", "Foliennummer: Ziffern, dann Enter. Marker M, Rahmen R, Lupe Z."},
-    {"drop.set", "PDFs ins Set ziehen"},
+    {"drop.set", "PDFs im Set ablegen"},
     {"playlist.empty", "Öffnen Sie einen Ordner oder mehrere PDFs — sie werden zu einem Set."},
     {"playlist.pages", "%d Folien"},
     {"playlist.pages_cues", "%d Folien · %d Cues"},

@@ -44,11 +44,7 @@ private slots:
         AppLanguages::setPreferredLanguagesSource([] { return QStringList{"en-US"}; });
     }
 
-    void cleanup()
-    {
-        AppLanguages::readPreferencesFrom({});
-        AppLanguages::setPreferredLanguagesSource({});
-    }
+    void cleanup() { AppLanguages::readPreferencesFrom({}); }
 
     // The tables themselves: same keys in the same order everywhere, the same
     // placeholders as English, and a trailing ellipsis on panel commands.

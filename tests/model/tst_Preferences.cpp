@@ -16,7 +16,6 @@ class PreferencesTest : public QObject {
 
 private slots:
     void init() { systemPrefers({"en-US"}); }
-    void cleanup() { AppLanguages::setPreferredLanguagesSource({}); }
 
     void theSettingsStoreOfThisUser()
     {

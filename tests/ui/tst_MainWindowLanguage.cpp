@@ -32,11 +32,8 @@ class MainWindowLanguageTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void cleanup() { AppLanguages::setPreferredLanguagesSource({}); }
-
     void switchingTheLanguageRelabelsAtOnce()
     {
-        AppLanguages::setPreferredLanguagesSource([] { return QStringList{"en-GB"}; });
         FakePlatform platform;
         AppModel model(platform.services());
         model.start();
