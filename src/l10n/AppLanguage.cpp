@@ -1,8 +1,59 @@
 #include "AppLanguage.h"
 
-#include <QLocale>
+#include "platform/PreferencesStore.h"
 
 namespace AppLanguages {
+
+namespace {
+
+std::weak_ptr<const PreferencesStore>& preferences()
+{
+    static std::weak_ptr<const PreferencesStore> store;
+    return store;
+}
+
+std::function<QStringList()>& preferredLanguages()
+{
+    static std::function<QStringList()> source;
+    return source;
+}
+
+}
+
+QString displayName(AppLanguage language)
+{
+    switch (language) {
+    case AppLanguage::russian: return QStringLiteral("Русский");
+    case AppLanguage::english: return QStringLiteral("English");
+    case AppLanguage::chinese: return QStringLiteral("中文");
+    case AppLanguage::german: return QStringLiteral("Deutsch");
+    }
+    return {};
+}
+
+QLocale locale(AppLanguage language)
+{
+    QLocale result(appLanguages.rawValue(language));
+    // Numbers in texts carry the locale's decimal mark but no digit grouping.
+    result.setNumberOptions(QLocale::OmitGroupSeparator);
+    return result;
+}
+
+AppLanguage current()
+{
+    if (const auto store = preferences().lock()) {
+        const QVariant stored = store->value(QStringLiteral("interfaceLanguage"));
+        if (const auto language = appLanguages.fromRaw(stored.toString()))
+            return *language;
+    }
+    return detected();
+}
+
+AppLanguage detected()
+{
+    const auto& source = preferredLanguages();
+    return detect(source ? source() : QLocale::system().uiLanguages());
+}
 
 AppLanguage detect(const QStringList& preferredTags)
 {
@@ -21,9 +72,14 @@ AppLanguage detect(const QStringList& preferredTags)
     return AppLanguage::russian;
 }
 
-AppLanguage detected()
+void readPreferencesFrom(std::weak_ptr<const PreferencesStore> store)
 {
-    return detect(QLocale::system().uiLanguages());
+    preferences() = std::move(store);
+}
+
+void setPreferredLanguagesSource(std::function<QStringList()> source)
+{
+    preferredLanguages() = std::move(source);
 }
 
 }

@@ -8,7 +8,11 @@
 #include <variant>
 #include <vector>
 
-// The one lookup of interface texts.
+// The one lookup of interface texts: the text of `key` in the language in
+// force (`AppLanguages::current()`), else the English text, else the key.
+// With arguments the text is formatted: %d takes an integer, %.2f a number
+// shown with two decimals, %@ a string, in the order given, numbers in the
+// language's locale. Without arguments the text comes back as written.
 class L10n {
 public:
     using Arg = std::variant<qint64, double, QString>;
@@ -21,6 +25,9 @@ public:
         const std::vector<Arg> list{toArg(args)...};
         return lookup(key, &list);
     }
+
+    // The developer's web site, which the "open.site_web" button names.
+    static QString developerSite() { return QStringLiteral("https://brelvonic.app"); }
 
 private:
     static QString lookup(const QString& key, const std::vector<Arg>* args);

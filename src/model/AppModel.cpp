@@ -12,6 +12,8 @@ AppModel::AppModel(PlatformServices services)
     : services_(std::move(services))
     , self_(std::make_shared<AppModel*>(this))
 {
+    // Interface texts follow the language this model stores.
+    AppLanguages::readPreferencesFrom(services_.preferences);
     interfaceLanguage.set(AppLanguages::detected());
     interfaceLanguage.setAssignHook([this](const AppLanguage& language) {
         if (services_.preferences)

@@ -149,6 +149,9 @@ public:
     // ---- Preferences ----
     // Writes every preference from the current properties.
     void persistPreferences();
+    // Empties the desktop's recent-documents list of this program, then
+    // `recentFiles`.
+    void clearRecentFiles();
 
     // ---- Shows, cues and notes, intake ----
     // Show files, cues and notes

@@ -2,6 +2,7 @@
 #include "model/AppModel.h"
 
 #include "platform/PreferencesStore.h"
+#include "platform/RecentDocuments.h"
 
 #include <limits>
 
@@ -101,4 +102,12 @@ void AppModel::restorePreferences()
     // An identifier outside 32 bits cannot name a display: ignore it.
     if (auto id = toInteger(read("selectedDisplayID")); id && *id >= 1 && *id <= 4294967295LL)
         selectedDisplayID.set(uint32_t(*id));
+}
+
+void AppModel::clearRecentFiles()
+{
+    if (!services_.recents)
+        return;
+    services_.recents->clear();
+    recentFiles.set(services_.recents->list());
 }

@@ -18,10 +18,12 @@ namespace {
 const QString appName = QStringLiteral("PDF Brelvonic");
 const QString appExec = QStringLiteral("&apos;pdf-brelvonic %u&apos;");
 
-// One <bookmark> element as it stands in the file, kept verbatim.
+// One child element of the store as it stands in the file, kept verbatim:
+// a bookmark, or whatever else another program put there.
 struct Entry {
     QString raw;
     QString path;
+    bool isBookmark = false;
     bool ours = false;
     QDateTime ourTime;
     int ourCount = 0;
@@ -45,28 +47,71 @@ QString escaped(const QString& text)
     return text.toHtmlEscaped();
 }
 
-// Reads every complete bookmark; a damaged tail is dropped, the rest kept.
-std::vector<Entry> readStore(const QString& file)
-{
+const QString defaultRootTag = QStringLiteral(
+    "<xbel version=\"1.0\"\n"
+    "      xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\"\n"
+    "      xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\"\n"
+    ">");
+
+// The store as read: the root's start tag and every complete child element,
+// each kept verbatim. `damaged` when the file is not a well-formed store.
+struct Store {
+    QString rootTag = defaultRootTag;
     std::vector<Entry> entries;
+    bool damaged = false;
+};
+
+// The root's own start tag, kept so that the namespace prefixes other
+// programs' entries use stay declared; ours are added when missing.
+QString openRootTag(QString tag)
+{
+    if (tag.endsWith(QStringLiteral("/>")))
+        tag.chop(2);
+    else
+        tag.chop(1);
+    const std::pair<const char*, const char*> namespaces[] = {
+        {"xmlns:bookmark", "http://www.freedesktop.org/standards/desktop-bookmarks"},
+        {"xmlns:mime", "http://www.freedesktop.org/standards/shared-mime-info"},
+    };
+    for (const auto& [attribute, uri] : namespaces)
+        if (!tag.contains(QLatin1StringView(attribute) + u'='))
+            tag += QStringLiteral("\n      %1=\"%2\"").arg(QLatin1StringView(attribute), QLatin1StringView(uri));
+    return tag + u'>';
+}
+
+// Reads every complete element of the store; what follows a flaw is dropped,
+// what precedes it is kept.
+Store readStore(const QString& file)
+{
+    Store store;
     QFile f(file);
     if (!f.open(QIODevice::ReadOnly))
-        return entries;
+        return store;
     const QString text = QString::fromUtf8(f.readAll());
     QXmlStreamReader xml(text);
     Entry current;
     qsizetype start = -1;
     int depth = 0;
+    bool isStore = false;
     while (!xml.atEnd() && !xml.hasError()) {
         const auto token = xml.readNext();
+        // The offset is just past the current tag; its '<' is the last one before.
+        const auto tagStart = [&] { return text.lastIndexOf(u'<', xml.characterOffset() - 1); };
         if (token == QXmlStreamReader::StartElement) {
             ++depth;
-            if (depth == 2 && xml.name() == u"bookmark") {
-                // The offset is just past the start tag; its '<' is the last one before.
-                start = text.lastIndexOf(u'<', xml.characterOffset() - 1);
+            if (depth == 1) {
+                isStore = xml.name() == u"xbel";
+                if (isStore) {
+                    const qsizetype at = tagStart();
+                    store.rootTag = openRootTag(text.mid(at, xml.characterOffset() - at));
+                }
+            } else if (depth == 2 && isStore) {
+                start = tagStart();
                 current = Entry{};
-                current.path = QUrl(xml.attributes().value(QStringLiteral("href")).toString()).toLocalFile();
-            } else if (start >= 0 && xml.name() == u"application"
+                current.isBookmark = xml.name() == u"bookmark";
+                if (current.isBookmark)
+                    current.path = QUrl(xml.attributes().value(QStringLiteral("href")).toString()).toLocalFile();
+            } else if (start >= 0 && current.isBookmark && xml.name() == u"application"
                        && xml.attributes().value(QStringLiteral("name")) == appName) {
                 current.ours = true;
                 const auto attributes = xml.attributes();
@@ -80,30 +125,28 @@ std::vector<Entry> readStore(const QString& file)
                 current.ourCount = attributes.value(QStringLiteral("count")).toInt();
             }
         } else if (token == QXmlStreamReader::EndElement) {
-            if (depth == 2 && start >= 0 && xml.name() == u"bookmark") {
+            if (depth == 2 && start >= 0) {
                 current.raw = text.mid(start, xml.characterOffset() - start);
-                entries.push_back(current);
+                store.entries.push_back(current);
                 start = -1;
             }
             --depth;
         }
     }
-    return entries;
+    store.damaged = xml.hasError() || !isStore;
+    if (f.size() == 0)
+        store.damaged = false;  // never written: nothing to repair
+    return store;
 }
 
-bool writeStore(const QString& file, const std::vector<Entry>& entries)
+bool writeStore(const QString& file, const Store& store)
 {
     QDir().mkpath(QFileInfo(file).absolutePath());
     QSaveFile out(file);
     if (!out.open(QIODevice::WriteOnly))
         return false;
-    QString text = QStringLiteral(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        "<xbel version=\"1.0\"\n"
-        "      xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\"\n"
-        "      xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\"\n"
-        ">\n");
-    for (const Entry& e : entries)
+    QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") + store.rootTag + u'\n';
+    for (const Entry& e : store.entries)
         text += QStringLiteral("  ") + e.raw + u'\n';
     text += QStringLiteral("</xbel>\n");
     out.write(text.toUtf8());
@@ -162,6 +205,26 @@ QString touched(QString raw, const QString& when)
     return tag + raw.mid(tagEnd);
 }
 
+// Takes this program's registration out of a bookmark; false when no other
+// program is left registered with it, so the bookmark goes.
+bool dropOurRegistration(Entry& e)
+{
+    e.raw.remove(ourApplication());
+    e.ours = false;
+    static const QRegularExpression anyApplication(QStringLiteral("<[\\w.-]*:?application\\s"));
+    return e.raw.contains(anyApplication);
+}
+
+// A damaged store lists nothing of ours; the repair that the next write makes
+// keeps every readable entry of other programs and none of our registrations.
+Store readForWriting(const QString& file)
+{
+    Store store = readStore(file);
+    if (store.damaged)
+        std::erase_if(store.entries, [](Entry& e) { return e.ours && !dropOurRegistration(e); });
+    return store;
+}
+
 }
 
 XbelRecentDocuments::XbelRecentDocuments()
@@ -178,7 +241,8 @@ XbelRecentDocuments::XbelRecentDocuments(QString storePath)
 void XbelRecentDocuments::note(const QString& path)
 {
     const QString absolute = QFileInfo(path).absoluteFilePath();
-    std::vector<Entry> entries = readStore(storePath_);
+    Store store = readForWriting(storePath_);
+    auto& entries = store.entries;
     // Notes in quick succession must still sort in the order they were made.
     QDateTime now = QDateTime::currentDateTimeUtc();
     for (const Entry& e : entries)
@@ -202,12 +266,15 @@ void XbelRecentDocuments::note(const QString& path)
         it->raw.insert(close, QStringLiteral("  ") + applicationElement(when, 1) + QStringLiteral("\n        "));
         it->raw = touched(it->raw, when);
     }
-    writeStore(storePath_, entries);
+    writeStore(storePath_, store);
 }
 
 QStringList XbelRecentDocuments::list() const
 {
-    std::vector<Entry> entries = readStore(storePath_);
+    Store store = readStore(storePath_);
+    if (store.damaged)
+        return {};
+    auto& entries = store.entries;
     std::erase_if(entries, [](const Entry& e) { return !e.ours || e.path.isEmpty(); });
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.ourTime > b.ourTime; });
     QStringList paths;
@@ -221,20 +288,15 @@ QStringList XbelRecentDocuments::list() const
 
 void XbelRecentDocuments::clear()
 {
-    std::vector<Entry> entries = readStore(storePath_);
-    std::vector<Entry> kept;
-    bool changed = false;
-    for (Entry& e : entries) {
-        if (!e.ours) {
-            kept.push_back(e);
-            continue;
-        }
+    Store store = readStore(storePath_);
+    bool changed = store.damaged;
+    std::erase_if(store.entries, [&](Entry& e) {
+        if (!e.ours)
+            return false;
         changed = true;
-        e.raw.remove(ourApplication());
         // Still registered by another program: keep it for them.
-        if (e.raw.contains(QRegularExpression(QStringLiteral("<[\\w.-]*:?application\\s"))))
-            kept.push_back(e);
-    }
+        return !dropOurRegistration(e);
+    });
     if (changed)
-        writeStore(storePath_, kept);
+        writeStore(storePath_, store);
 }

@@ -43,7 +43,10 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
 
 void MainWindow::update()
 {
-    fileMenu_->setTitle(QStringLiteral("File"));
+    // Every text is looked up afresh here; reading the language makes a change
+    // of it run this again, so the window relabels at once.
+    (void)model_.interfaceLanguage();
+    fileMenu_->setTitle(L10n::t(QStringLiteral("files")));
     openAction_->setText(L10n::t(QStringLiteral("open.pdf_ellipsis")));
     if (!model_.document()) {
         pageLabel_->setText(L10n::t(QStringLiteral("slide.none")));

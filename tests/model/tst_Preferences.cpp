@@ -1,3 +1,4 @@
+#include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "platform/QSettingsPreferences.h"
 #include "support/FakePlatform.h"
@@ -7,7 +8,31 @@
 class PreferencesTest : public QObject {
     Q_OBJECT
 
+    // The systems these tests run on prefer English unless a test says otherwise.
+    static void systemPrefers(QStringList languages)
+    {
+        AppLanguages::setPreferredLanguagesSource([languages] { return languages; });
+    }
+
 private slots:
+    void init() { systemPrefers({"en-US"}); }
+
+    void theSettingsStoreOfThisUser()
+    {
+        // main() pointed the per-user configuration folder at a temporary one.
+        const QString file = qEnvironmentVariable("XDG_CONFIG_HOME") + "/Brelvonic/PDF Brelvonic.conf";
+        QVERIFY(!QFile::exists(file));
+        {
+            QSettingsPreferences store;
+            store.setValue("aspect", "r16x10");
+            store.setValue("customWidth", 1280);
+        }
+        QSettingsPreferences reopened;
+        QCOMPARE(reopened.value("aspect").toString(), QStringLiteral("r16x10"));
+        QCOMPARE(reopened.value("customWidth").toInt(), 1280);
+        QVERIFY(!reopened.value("customHeight").isValid());
+        QVERIFY(QFile::exists(file));
+    }
     void persistWritesEveryKeyInOrder()
     {
         FakePlatform platform;
@@ -67,6 +92,22 @@ private slots:
         QVERIFY(!model.hideOutputCursor());
         QCOMPARE(model.interfaceLanguage(), AppLanguage::chinese);
         QCOMPARE(model.markColor(), (MarkColor{0.18, 0.72, 0.96}));
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(4000000000u));
+    }
+
+    void displayIdentifierMustFitThirtyTwoBits()
+    {
+        const std::pair<QVariant, std::optional<uint32_t>> cases[] = {
+            {4294967295LL, 4294967295u}, {4294967296LL, std::nullopt}, {-5, std::nullopt},
+            {0, std::nullopt},           {"7", 7u},                    {"screen", std::nullopt},
+        };
+        for (const auto& [stored, expected] : cases) {
+            FakePlatform platform;
+            platform.preferences->values["selectedDisplayID"] = stored;
+            AppModel model(platform.services());
+            model.start();
+            QCOMPARE(model.selectedDisplayID(), expected);
+        }
     }
 
     void badStoredValuesKeepTheDefaults()
@@ -96,25 +137,34 @@ private slots:
         QVERIFY(model.outputAlwaysOnTop());
         QVERIFY(!model.selectedDisplayID());
         // An unknown language is replaced by the detected one, and written back.
-        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(),
-                 appLanguages.rawValue(AppLanguages::detected()));
-
-        FakePlatform negative;
-        negative.preferences->values["selectedDisplayID"] = -5;
-        AppModel other(negative.services());
-        other.start();
-        QVERIFY(!other.selectedDisplayID());
+        QCOMPARE(model.interfaceLanguage(), AppLanguage::english);
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("en"));
     }
 
-    void firstRunStoresTheDetectedLanguage()
+    void firstRunOnAGermanSystemStoresGerman()
     {
+        systemPrefers({"fr-FR", "de-DE"});
         FakePlatform platform;
         AppModel model(platform.services());
         QVERIFY(!platform.preferences->values.contains("interfaceLanguage"));
         model.start();
-        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(),
-                 appLanguages.rawValue(AppLanguages::detected()));
-        QCOMPARE(AppLanguages::detect({"de-DE"}), AppLanguage::german);
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("de"));
+        QCOMPARE(model.interfaceLanguage(), AppLanguage::german);
+        // The texts follow what the model stores.
+        QCOMPARE(L10n::t("set.end"), QStringLiteral("Ende des Sets"));
+        model.interfaceLanguage.set(AppLanguage::russian);
+        QCOMPARE(L10n::t("set.end"), QStringLiteral("Конец сета"));
+    }
+
+    void storedLanguageWinsOverTheSystem()
+    {
+        systemPrefers({"de-DE"});
+        FakePlatform platform;
+        platform.preferences->values["interfaceLanguage"] = "zh-Hans";
+        AppModel model(platform.services());
+        model.start();
+        QCOMPARE(model.interfaceLanguage(), AppLanguage::chinese);
+        QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("zh-Hans"));
     }
 
     void markRedAloneGivesRedOnly()
@@ -139,7 +189,28 @@ private slots:
         model.chooseMarkColor(MarkColor::presets()[3]);
         QCOMPARE(platform.preferences->values.value("markGreen").toDouble(), 0.82);
     }
+
+    void clearingRecentFilesEmptiesBothLists()
+    {
+        FakePlatform platform;
+        platform.recents->items = {"/show/a.pdf", "/show/b.brelvonic"};
+        AppModel model(platform.services());
+        model.start();
+        QCOMPARE(model.recentFiles().size(), 2);
+        model.clearRecentFiles();
+        QVERIFY(platform.recents->items.isEmpty());
+        QVERIFY(model.recentFiles().isEmpty());
+    }
 };
 
-QTEST_MAIN(PreferencesTest)
+// Points the per-user configuration folder at a temporary one before anything
+// can open a settings store, so no test reaches the user's own settings.
+int main(int argc, char** argv)
+{
+    QTemporaryDir config;
+    qputenv("XDG_CONFIG_HOME", config.path().toLocal8Bit());
+    QApplication app(argc, argv);
+    PreferencesTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_Preferences.moc"

@@ -140,6 +140,54 @@ private slots:
         QCOMPARE(repaired.list(), QStringList{dir.filePath("y.pdf")});
     }
 
+    void foreignNamespacesAndElementsAreKept()
+    {
+        // A store from another writer: its own namespace, used inside a
+        // bookmark, and elements beside the bookmarks.
+        const QString store = dir.filePath("foreign.xbel");
+        QString text = QString::fromUtf8(othersStore);
+        text.replace("<xbel version=\"1.0\"\n", "<xbel version=\"1.0\" xmlns:tag=\"urn:example:tags\"\n");
+        text.replace("<mime:mime-type type=\"application/pdf\"/>",
+                     "<mime:mime-type type=\"application/pdf\"/>\n        <tag:label>rehearsal</tag:label>");
+        text.replace("  <bookmark href=\"file:///home", "  <title>Desk</title>\n  <separator/>\n  <bookmark href=\"file:///home");
+        write(store, text.toUtf8());
+        QVERIFY(wellFormed(store));
+        const QString tagged = bookmarkText(store, "SHARED");
+        QVERIFY(tagged.contains("tag:label"));
+
+        XbelRecentDocuments recents(store);
+        recents.note(dir.filePath("c.pdf"));
+        recents.clear();
+        QVERIFY(wellFormed(store));
+        QCOMPARE(bookmarkText(store, "SHARED"), tagged);
+        QVERIFY(read(store).contains("<title>Desk</title>"));
+        QVERIFY(read(store).contains("<separator/>"));
+    }
+
+    void damagedStoreForgetsOurItemsButNotOthers()
+    {
+        // Our item and the writer's item are readable; the file breaks after them.
+        const QString store = dir.filePath("ours-damaged.xbel");
+        XbelRecentDocuments recents(store);
+        write(store, othersStore);
+        const QString old = dir.filePath("old.pdf");
+        recents.note(old);
+        QCOMPARE(recents.list(), QStringList{old});
+        QByteArray broken = read(store).toUtf8();
+        broken.chop(QByteArray("</xbel>\n").size());
+        broken += "  <bookmark href=\"file:///cut";
+        write(store, broken);
+
+        QVERIFY(recents.list().isEmpty());
+        const QString fresh = dir.filePath("fresh.pdf");
+        recents.note(fresh);
+        QVERIFY(wellFormed(store));
+        QCOMPARE(recents.list(), QStringList{fresh});
+        QVERIFY(read(store).contains("name=\"Writer\""));
+        QVERIFY(read(store).contains("name=\"Viewer\""));
+        QVERIFY(bookmarkText(store, "old.pdf").isEmpty());
+    }
+
     void listHoldsTheTenNewest()
     {
         XbelRecentDocuments recents(dir.filePath("ten.xbel"));

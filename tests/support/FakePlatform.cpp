@@ -1,8 +1,18 @@
 #include "FakePlatform.h"
 
+#include "l10n/AppLanguage.h"
+#include "platform/MuPdfEngine.h"
+
 #include <algorithm>
 
 namespace {
+// Tests run on a system that prefers English, whatever the machine's locale,
+// unless a test injects other preferred languages.
+const bool englishSystem = [] {
+    AppLanguages::setPreferredLanguagesSource([] { return QStringList{QStringLiteral("en-US")}; });
+    return true;
+}();
+
 std::optional<QString> takeFront(std::deque<std::optional<QString>>& replies)
 {
     if (replies.empty())
@@ -84,7 +94,9 @@ std::optional<QString> FakeDialogs::prompt(const PromptOptions& options)
 
 PlatformServices FakePlatform::services() const
 {
-    PlatformServices s = PlatformServices::forThisMachine();
+    // Only the PDF engine is real: no test opens this user's settings or recent files.
+    PlatformServices s;
+    s.pdf = std::make_shared<MuPdfEngine>();
     s.dialogs = dialogs;
     s.scheduler = scheduler;
     s.screens = screens;

@@ -142,7 +142,8 @@ public:
     bool isRunning() const override { return running; }
 };
 
-// Doubles for every layer, the real PDF engine (tests use real PDFs).
+// Doubles for every layer, the real PDF engine (tests use real PDFs). Linking
+// this support also makes the system prefer English in tests.
 struct FakePlatform {
     std::shared_ptr<FakeScheduler> scheduler = std::make_shared<FakeScheduler>();
     std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();

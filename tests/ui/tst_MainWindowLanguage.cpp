@@ -1,0 +1,66 @@
+#include "l10n/L10n.h"
+#include "model/AppModel.h"
+#include "support/FakePlatform.h"
+#include "ui/MainWindow.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QtTest>
+
+namespace {
+
+QAction* actionWithText(const QWidget& window, const QString& text)
+{
+    for (QAction* action : window.findChildren<QAction*>())
+        if (action->text() == text)
+            return action;
+    return nullptr;
+}
+
+QLabel* labelWithText(const QWidget& window, const QString& text)
+{
+    for (QLabel* label : window.findChildren<QLabel*>())
+        if (label->text() == text)
+            return label;
+    return nullptr;
+}
+
+}
+
+class MainWindowLanguageTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void switchingTheLanguageRelabelsAtOnce()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.start();
+        MainWindow window(model);
+        window.show();
+
+        QAction* open = actionWithText(window, QStringLiteral("Open PDF…"));
+        QVERIFY(open);
+        QLabel* slide = labelWithText(window, QStringLiteral("No slide"));
+        QVERIFY(slide);
+        QMenu* files = nullptr;
+        for (QAction* item : window.menuBar()->actions())
+            if (item->menu() && item->menu()->actions().contains(open))
+                files = item->menu();
+        QVERIFY(files);
+        QCOMPARE(files->title(), QStringLiteral("Files"));
+
+        model.interfaceLanguage.set(AppLanguage::german);
+        QTRY_COMPARE_WITH_TIMEOUT(open->text(), QStringLiteral("PDF öffnen…"), 10000);
+        QCOMPARE(slide->text(), QStringLiteral("Keine Folie"));
+        QCOMPARE(files->title(), QStringLiteral("Dateien"));
+
+        model.interfaceLanguage.set(AppLanguage::russian);
+        QTRY_COMPARE_WITH_TIMEOUT(slide->text(), QStringLiteral("Нет слайда"), 10000);
+        QCOMPARE(open->text(), QStringLiteral("Открыть PDF…"));
+    }
+};
+
+QTEST_MAIN(MainWindowLanguageTest)
+#include "tst_MainWindowLanguage.moc"
