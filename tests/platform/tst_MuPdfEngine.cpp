@@ -74,7 +74,13 @@ private slots:
             {"empty.pdf", [](const QString& p) { TestPdf::writeEmpty(p); }},
             {"text.pdf", [](const QString& p) { TestPdf::writeNotPdf(p); }},
             {"truncated.pdf", [](const QString& p) { QVERIFY(TestPdf::writeTruncated(p)); }},
-            {"locked.pdf", [](const QString& p) { QVERIFY(TestPdf::writeEncrypted(p)); }},
+            {"locked.pdf",
+             [](const QString& p) {
+                 // A genuine locked deck: the right password opens it.
+                 QVERIFY(TestPdf::writeEncrypted(p, "stage"));
+                 QVERIFY(TestPdf::opensWithPassword(p, "stage"));
+                 QVERIFY(!TestPdf::opensWithPassword(p, "guess"));
+             }},
             {"folder.pdf", [](const QString& p) { QDir().mkpath(p); }},
         };
         for (const auto& c : cases) {
