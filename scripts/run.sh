@@ -4,8 +4,9 @@ set -euo pipefail
 build="$1"; shift
 files=("$@")
 if [ ${#files[@]} -eq 0 ]; then
+  # The build writes the demo set; write it again if it was deleted since.
   demo="$build/demo-set"
-  "$build/make-demo-set" "$demo"
+  compgen -G "$demo/*.pdf" >/dev/null || "$build/make-demo-set" "$demo"
   files=("$demo"/*.pdf)
 fi
 

@@ -344,6 +344,16 @@ private slots:
         QCOMPARE(model.fileTitle(), QStringLiteral("Overture"));
         model.showFileURL.set(folder.file("gig.brelvonic"));
         QCOMPARE(model.showTitle(), QStringLiteral("gig"));
+        model.showFileURL.set(folder.file("Tour 2026.v2.brelvonic"));
+        QCOMPARE(model.showTitle(), QStringLiteral("Tour 2026.v2"));
+
+        // A document without an entry is named by its file, the last
+        // extension dropped.
+        FakePlatform other;
+        AppModel bare(other.services());
+        bare.documentURL.set(QStringLiteral("/decks/Finale.v3.pdf"));
+        QCOMPARE(bare.fileTitle(), QStringLiteral("Finale.v3"));
+        QCOMPARE(bare.showTitle(), QStringLiteral("PDF Brelvonic"));
     }
 
     void thumbnailsArriveInOrderInBatchesOfSix()
