@@ -91,22 +91,17 @@ bool writeTruncated(const QString& path)
     return true;
 }
 
-bool writeEncrypted(const QString& path, const QByteArray& userPassword)
+namespace {
+// Saves a deck from `write` again with the PDF library's own writer; when
+// asked, page 1 is cropped to the left half of its media box and page 2 is
+// turned a quarter.
+bool resave(const QString& path, int pages, const pdf_write_options& options, bool cropAndTurn)
 {
-    // A real deck, then saved again by the PDF library's own writer with
-    // AES-256 and a user password: exactly what a locked file from another
-    // program looks like.
     const QString plain = path + QStringLiteral(".plain");
-    if (!write(plain, 2))
+    if (!write(plain, pages))
         return false;
     const QByteArray source = QFile::encodeName(plain);
     const QByteArray target = QFile::encodeName(path);
-    // Prepared before fz_try: its longjmp must not cross a C++ destructor.
-    pdf_write_options options = pdf_default_write_options;
-    options.do_encrypt = PDF_ENCRYPT_AES_256;
-    options.permissions = -4;  // everything allowed once opened
-    fz_strlcpy(options.upwd_utf8, userPassword.constData(), sizeof options.upwd_utf8);
-    fz_strlcpy(options.opwd_utf8, userPassword.constData(), sizeof options.opwd_utf8);
     fz_context* ctx = fz_new_context(nullptr, nullptr, FZ_STORE_DEFAULT);
     if (!ctx)
         return false;
@@ -117,6 +112,14 @@ bool writeEncrypted(const QString& path, const QByteArray& userPassword)
     fz_try(ctx)
     {
         doc = pdf_open_document(ctx, source.constData());
+        if (cropAndTurn) {
+            pdf_obj* page = pdf_lookup_page_obj(ctx, doc, 0);
+            const fz_rect media = pdf_to_rect(ctx, pdf_dict_get_inheritable(ctx, page, PDF_NAME(MediaBox)));
+            pdf_dict_put_rect(ctx, page, PDF_NAME(CropBox),
+                              fz_make_rect(media.x0, media.y0, (media.x0 + media.x1) / 2, media.y1));
+            if (pages > 1)
+                pdf_dict_put_int(ctx, pdf_lookup_page_obj(ctx, doc, 1), PDF_NAME(Rotate), 90);
+        }
         pdf_save_document(ctx, doc, target.constData(), &options);
         ok = true;
     }
@@ -125,6 +128,24 @@ bool writeEncrypted(const QString& path, const QByteArray& userPassword)
     fz_drop_context(ctx);
     QFile::remove(plain);
     return ok;
+}
+}
+
+bool writeEncrypted(const QString& path, const QByteArray& userPassword)
+{
+    // Exactly what a locked deck from another program looks like: AES-256
+    // with a user password.
+    pdf_write_options options = pdf_default_write_options;
+    options.do_encrypt = PDF_ENCRYPT_AES_256;
+    options.permissions = -4;  // everything allowed once opened
+    fz_strlcpy(options.upwd_utf8, userPassword.constData(), sizeof options.upwd_utf8);
+    fz_strlcpy(options.opwd_utf8, userPassword.constData(), sizeof options.opwd_utf8);
+    return resave(path, 2, options, false);
+}
+
+bool writeCropped(const QString& path, int pages)
+{
+    return resave(path, pages, pdf_default_write_options, true);
 }
 
 bool opensWithPassword(const QString& path, const QByteArray& password)
