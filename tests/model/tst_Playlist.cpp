@@ -314,6 +314,21 @@ private slots:
         QVERIFY(model.document() != firstDocument);
     }
 
+    void entriesCompareByAllSixFieldsAndHashConsistently()
+    {
+        const PlaylistEntry base{QUuid::createUuid(), "/decks/a.pdf", "a", 3, {}, {}};
+        PlaylistEntry noted = base;
+        noted.notesByPage[1] = QStringLiteral("Lights down");
+        PlaylistEntry cued = base;
+        cued.cues.push_back(CueBookmark{QUuid::createUuid(), 2, QStringLiteral("Chorus")});
+        PlaylistEntry same = base;
+        QCOMPARE(same, base);
+        QCOMPARE(qHash(same), qHash(base));
+        QVERIFY(!(noted == base) && !(cued == base));
+        QSet<PlaylistEntry> set{base, same, noted, cued};
+        QCOMPARE(set.size(), 3);
+    }
+
     void pageKeyAndGlobalIndex()
     {
         FakePlatform platform;
