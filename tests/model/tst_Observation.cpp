@@ -106,6 +106,30 @@ private slots:
         QVERIFY(!tracker->isArmed());
     }
 
+    void nestedScopeReadsCountForTheOuterScope()
+    {
+        Observed<int> outerOnly{1};
+        Observed<int> innerOnly{1};
+        int toldOuter = 0;
+        int toldInner = 0;
+        obs::TrackerPtr inner;
+        auto outer = obs::withTracking(
+            [&] {
+                (void)outerOnly();
+                inner = obs::withTracking([&] { (void)innerOnly(); }, [&] { ++toldInner; });
+            },
+            [&] { ++toldOuter; });
+        QVERIFY(!obs::isTracking());
+        outerOnly.set(2);  // not read by the inner scope
+        QCOMPARE(toldInner, 0);
+        QCOMPARE(toldOuter, 1);
+        outer = obs::withTracking([&] { inner = obs::withTracking([&] { (void)innerOnly(); }, [&] { ++toldInner; }); },
+                                  [&] { ++toldOuter; });
+        innerOnly.set(2);
+        QCOMPARE(toldInner, 1);
+        QCOMPARE(toldOuter, 2);
+    }
+
     void readsWithoutTrackingRegisterNothing()
     {
         Observed<int> value{1};
