@@ -16,8 +16,9 @@ QString deckA;
 QString deckB;
 
 // Arg 0: across into the next file (1) or within one (0). Arg 1: the slide
-// after the current one was rendered between presses, as in a show (1), or
-// every press renders its slide from a fresh document (0).
+// after the current one was fully rendered before the press, as in a show
+// (1), or the press comes at once on a freshly opened document (0), so it
+// waits for the model's own ahead-render still running or renders itself.
 void nextSlide(benchmark::State& state)
 {
     const bool across = state.range(0) != 0;

@@ -4,12 +4,19 @@
 set -euo pipefail
 
 packages=(
+  # Compiler and build tools (make comes with build-essential).
   build-essential cmake ninja-build pkg-config ccache
+  # Qt 6 Core/Gui/Widgets/Network/DBus/Test and the OpenGL headers its CMake files ask for.
   qt6-base-dev qt6-base-dev-tools libgl-dev
+  # MuPDF is a static library whose package names none of what it links:
+  # every library of `pkg-config --static --libs mupdf`, plus harfbuzz.
   libmupdf-dev libharfbuzz-dev libfreetype-dev libjpeg-dev libopenjp2-7-dev
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
+  # Benchmarks.
   libbenchmark-dev
-  xvfb xauth x11-utils imagemagick fonts-dejavu-core
+  # Running without a display (make run under Xvfb, window tests), a font for
+  # rendered text, and screenshots of the virtual screen (import).
+  xvfb xauth x11-utils fonts-dejavu-core imagemagick
 )
 
 missing=()

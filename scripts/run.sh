@@ -4,12 +4,26 @@ set -euo pipefail
 build="$1"; shift
 files=("$@")
 if [ ${#files[@]} -eq 0 ]; then
+  # The build writes the demo set; write it again if it was deleted since.
   demo="$build/demo-set"
-  "$build/make-demo-set" "$demo"
+  compgen -G "$demo/*.pdf" >/dev/null || "$build/make-demo-set" "$demo"
   files=("$demo"/*.pdf)
 fi
-if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
-  echo "No display found: running under Xvfb (virtual screen, nothing visible here)."
+
+# A display counts only when it answers: a stale DISPLAY from an old ssh
+# session must not make the program fail at start.
+display_reachable() {
+  if [ -n "${WAYLAND_DISPLAY:-}" ]; then
+    local socket="$WAYLAND_DISPLAY"
+    [ "${socket#/}" != "$socket" ] || socket="${XDG_RUNTIME_DIR:-/nonexistent}/$socket"
+    [ -S "$socket" ] && return 0
+  fi
+  [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1
+}
+
+if ! display_reachable; then
+  echo "No display reachable: running under Xvfb (a virtual 1920x1080 screen, nothing is shown here)."
+  unset WAYLAND_DISPLAY
   exec xvfb-run -a -s "-screen 0 1920x1080x24" "$build/pdf-brelvonic" "${files[@]}"
 fi
 exec "$build/pdf-brelvonic" "${files[@]}"

@@ -25,20 +25,23 @@ void Observers::registerRead() const
 {
     if (!activeScopes || activeScopes->empty())
         return;
-    const TrackerPtr& current = activeScopes->back();
-    for (const auto& weak : trackers_) {
-        if (weak.lock() == current)
-            return;
+    // A read inside a nested scope is a read of every enclosing scope too:
+    // what the inner work used, the outer work used.
+    for (const TrackerPtr& scope : *activeScopes) {
+        const bool known = std::any_of(trackers_.begin(), trackers_.end(),
+                                       [&](const std::weak_ptr<Tracker>& w) { return w.lock() == scope; });
+        if (known)
+            continue;
+        // Drop spent readers now and then so a property read often but never
+        // changed does not collect them without bound.
+        if (trackers_.size() >= 16) {
+            std::erase_if(trackers_, [](const std::weak_ptr<Tracker>& w) {
+                auto t = w.lock();
+                return !t || !t->isArmed();
+            });
+        }
+        trackers_.push_back(scope);
     }
-    // Drop spent readers now and then so a property read often but never
-    // changed does not collect them without bound.
-    if (trackers_.size() >= 16) {
-        std::erase_if(trackers_, [](const std::weak_ptr<Tracker>& w) {
-            auto t = w.lock();
-            return !t || !t->isArmed();
-        });
-    }
-    trackers_.push_back(current);
 }
 
 void Observers::notify()

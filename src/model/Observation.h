@@ -8,9 +8,10 @@
 #include <vector>
 
 // Per-property observation. A read inside a tracking scope registers the
-// scope with that property; the scope is told once, synchronously, on the
-// first change of anything it read, and is then spent. Derived values are
-// plain functions, so reading one registers the stored properties behind it.
+// scope (and every scope around it) with that property; the scope is told
+// once, synchronously, on the first change of anything it read, and is then
+// spent. Derived values are plain functions, so reading one registers the
+// stored properties behind it.
 namespace obs {
 
 class Tracker {

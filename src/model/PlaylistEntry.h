@@ -2,6 +2,7 @@
 
 #include "show/CueBookmark.h"
 
+#include <QHashFunctions>
 #include <QString>
 #include <QUuid>
 
@@ -19,3 +20,14 @@ struct PlaylistEntry {
 
     bool operator==(const PlaylistEntry&) const = default;
 };
+
+// Combines all six fields in order, so equal entries hash alike.
+inline size_t qHash(const PlaylistEntry& entry, size_t seed = 0) noexcept
+{
+    size_t hash = qHashMulti(seed, entry.id, entry.url, entry.title, entry.pageCount);
+    for (const CueBookmark& cue : entry.cues)
+        hash = qHashMulti(hash, cue.id, cue.pageIndex, cue.title);
+    for (const auto& [page, note] : entry.notesByPage)
+        hash = qHashMulti(hash, page, note);
+    return hash;
+}

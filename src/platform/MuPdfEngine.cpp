@@ -13,6 +13,7 @@
 
 extern "C" {
 #include <mupdf/fitz.h>
+#include <mupdf/pdf.h>
 }
 
 // One base context with real locks; every call works in a context cloned
@@ -151,6 +152,23 @@ int pageCountOf(fz_context* ctx, fz_document* doc)
     return count;
 }
 
+// The library measures a page by its crop box; a slide is shown over its
+// whole media box, in page space after the page's rotation.
+fz_rect mediaBounds(fz_context* ctx, fz_page* page)
+{
+    const fz_rect cropped = fz_bound_page(ctx, page);
+    pdf_page* pdfPage = pdf_page_from_fz_page(ctx, page);
+    if (!pdfPage)
+        return cropped;
+    const fz_rect media = pdf_to_rect(ctx, pdf_dict_get_inheritable(ctx, pdfPage->obj, PDF_NAME(MediaBox)));
+    if (fz_is_empty_rect(media))
+        return cropped;
+    fz_rect visible;
+    fz_matrix pageMatrix;
+    pdf_page_transform(ctx, pdfPage, &visible, &pageMatrix);
+    return fz_transform_rect(media, pageMatrix);
+}
+
 bool pageBounds(fz_context* ctx, fz_document* doc, int index, fz_rect* out)
 {
     fz_page* page = nullptr;
@@ -160,7 +178,7 @@ bool pageBounds(fz_context* ctx, fz_document* doc, int index, fz_rect* out)
     fz_try(ctx)
     {
         page = fz_load_page(ctx, doc, index);
-        *out = fz_bound_page(ctx, page);
+        *out = mediaBounds(ctx, page);
         ok = true;
     }
     fz_always(ctx) fz_drop_page(ctx, page);

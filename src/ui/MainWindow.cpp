@@ -88,6 +88,12 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Escape:
         model_.jumpBuffer.set(QString());
         return;
+    case Qt::Key_Delete:
+    case Qt::Key_Clear:
+        // Take back the last typed digit.
+        if (!model_.jumpBuffer().isEmpty())
+            model_.jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
+        return;
     default:
         break;
     }

@@ -14,6 +14,53 @@ class AppModelTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void aNewModelHoldsTheInitialValuesAndDidNothing()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        QVERIFY(!model.document() && !model.documentURL());
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 0);
+        QVERIFY(model.thumbnails().empty() && model.displays().empty());
+        QVERIFY(!model.selectedDisplayID());
+        QCOMPARE(model.aspect(), AspectMode::fillDisplay);
+        QCOMPARE(model.contentFit(), ContentFit::contain);
+        QCOMPARE(model.customWidth(), 1920);
+        QCOMPARE(model.customHeight(), 1080);
+        QVERIFY(!model.isBlackout() && !model.isFrozen() && !model.isOutputVisible());
+        QCOMPARE(model.frozenPageIndex(), 0);
+        QVERIFY(model.outputAlwaysOnTop());
+        QVERIFY(!model.laserPoint() && !model.clickerTrusted());
+        QCOMPARE(model.outputPixelSize(), QSizeF(0, 0));
+        QVERIFY(model.isSyphonEnabled() && !model.isSyphonPublishing());
+        QCOMPARE(model.syphonFrameSize(), QSizeF(0, 0));
+        QVERIFY(model.recentFiles().isEmpty() && model.playlist().empty());
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.transitionStyle(), TransitionStyle::fade);
+        QCOMPARE(model.transitionDuration(), 0.45);
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage() && !model.incomingSlideImage() && !model.previewSlideImage());
+        QVERIFY(model.hideOutputCursor());
+        QCOMPARE(model.interfaceLanguage(), AppLanguages::detected());
+        QVERIFY(!model.timerStartedAt() && !model.isTimerRunning());
+        QCOMPARE(model.timerAccumulated(), 0.0);
+        QCOMPARE(model.plannedDuration(), 0.0);
+        QCOMPARE(model.jumpBuffer(), QString());
+        QCOMPARE(model.stageTool(), StageTool::pointer);
+        QCOMPARE(model.zoomScale(), 2.2);
+        QVERIFY(!model.zoomCenter() && !model.draftStroke() && !model.draftFrameRect());
+        QVERIFY(model.strokesByPage().empty() && model.framesByPage().empty());
+        QCOMPARE(model.markColor(), (MarkColor{1.0, 0.16, 0.12}));
+        QVERIFY(model.annotationUndo().empty());
+        QVERIFY(!model.showFileURL());
+        // Creation has no side effects; start does the work.
+        QVERIFY(platform.preferences->writes.empty());
+        QVERIFY(platform.activity->reasons.empty());
+        QVERIFY(!platform.screens->handler);
+        QCOMPARE(platform.scheduler->queued(), std::size_t(0));
+        QVERIFY(platform.dialogs->alerts.empty());
+    }
+
     void startWithOneDisplayKeepsTheOutputHidden()
     {
         FakePlatform platform;
@@ -39,6 +86,36 @@ private slots:
         model.start();
         QVERIFY(model.isOutputVisible());
         QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(9));
+    }
+
+    void startRestoresPreferencesAfterTheFirstDisplayRefresh()
+    {
+        // The remembered display is not connected: the refresh picks the
+        // projector first, then the preferences put the remembered one back.
+        // Done the other way round the remembered choice would be lost at
+        // every launch without that display.
+        FakePlatform platform;
+        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900)),
+                                  screen(9, "Projector", QRectF(1440, 0, 1920, 1080))};
+        platform.screens->mainId = 7;
+        platform.preferences->values["selectedDisplayID"] = 42;
+        platform.preferences->values["isSyphonEnabled"] = false;
+        AppModel model(platform.services());
+        model.start();
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(42));
+        QVERIFY(!model.isSyphonEnabled());
+    }
+
+    void startTwiceHoldsOneActivityAndOneObserver()
+    {
+        FakePlatform platform;
+        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900))};
+        AppModel model(platform.services());
+        model.start();
+        model.start();
+        QCOMPARE(platform.activity->reasons.size(), std::size_t(1));
+        platform.screens->changed();
+        QCOMPARE(platform.scheduler->queued(), std::size_t(1));
     }
 
     void displayChangesAreFollowedOnTheMainThread()

@@ -57,8 +57,16 @@ private slots:
         QCOMPARE(upcoming->document->path(), two);
         QCOMPARE(upcoming->index, 0);
 
+        platform.scheduler->runAll();
         model.jumpBuffer.set("4");
         model.goToNextSlide();
+        // The fade leaves the old file's last page, captured before the move.
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
+        QCOMPARE(model.outgoingSlideImage()->size(), QSize(1920, 1080));
+        QCOMPARE(model.transitionProgress(), 0.0);
+        platform.scheduler->runAll();
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
         QCOMPARE(model.playlistIndex(), 1);
         QCOMPARE(model.pageIndex(), 0);
         QCOMPARE(model.pageCount(), 2);
@@ -110,6 +118,9 @@ private slots:
         for (const char* d : {"1", "2", "3", "4", "5"})
             model.appendJumpDigit(d);
         QCOMPARE(model.jumpBuffer(), QStringLiteral("5"));
+        model.jumpBuffer.set(QString());
+        model.commitJump();  // nothing typed: no move
+        QCOMPARE(model.pageIndex(), 4);
 
         model.jumpBuffer.set("+3");
         model.commitJump();
@@ -118,7 +129,7 @@ private slots:
         model.commitJump();
         QCOMPARE(model.pageIndex(), 0);
         model.goToPage(6);
-        for (const char* junk : {"1a", "+", "99999999999999999999", "--1"}) {
+        for (const char* junk : {"1a", "+", "99999999999999999999", "9223372036854775808", "--1", " 3", "3 ", "\u0663"}) {
             model.jumpBuffer.set(junk);
             model.commitJump();
             QCOMPARE(model.jumpBuffer(), QString());
@@ -138,11 +149,24 @@ private slots:
         AppModel model(platform.services());
         model.replacePlaylist({ten});
         model.goToPage(3);
+        platform.scheduler->runAll();
         model.zoomCenter.set(QPointF(0.5, 0.5));
+        model.jumpBuffer.set("4");
         const auto preview = model.previewSlideImage();
+        const auto incoming = model.incomingSlideImage();
         model.goToPage(3);
         QCOMPARE(model.zoomCenter(), std::optional<QPointF>(QPointF(0.5, 0.5)));
         QCOMPARE(model.previewSlideImage(), preview);
+        QCOMPARE(model.incomingSlideImage(), incoming);
+        QVERIFY(!model.outgoingSlideImage());
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QCOMPARE(model.jumpBuffer(), QString());  // the buffer is still consumed
+        // Clamped targets that land on the current page are no move either.
+        model.goToPage(9);
+        platform.scheduler->runAll();
+        model.goToPage(40);
+        QVERIFY(!model.outgoingSlideImage());
+        QCOMPARE(model.transitionProgress(), 1.0);
     }
 
     void zoomCentreSurvivesOnlyWithTheZoomTool()
@@ -187,7 +211,17 @@ private slots:
         QVERIFY(!model.isFrozen());
         QCOMPARE(model.frozenPageIndex(), 4);
         QCOMPARE(model.outputPageIndex(), 7);
+        // The output fades from the held page to the operator's page.
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 4);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 7);
+        QCOMPARE(model.transitionProgress(), 0.0);
+
+        // Freezing and unfreezing on the same page starts nothing.
+        platform.scheduler->runAll();
+        model.toggleFreeze();
+        model.toggleFreeze();
+        QVERIFY(!model.outgoingSlideImage());
+        QCOMPARE(model.transitionProgress(), 1.0);
     }
 
     void frozenMoveIntoAnotherFileStillReplacesThePicture()
@@ -209,7 +243,9 @@ private slots:
         FakePlatform platform;
         AppModel model(platform.services());
         model.replacePlaylist({ten});
+        QVERIFY(!model.canGoPrevious());
         model.goToPage(3);
+        QVERIFY(model.canGoPrevious());
         QCOMPARE(model.upcomingLabel(), std::optional<QString>("5"));
         const auto upcoming = model.upcomingPage();
         QVERIFY(upcoming);

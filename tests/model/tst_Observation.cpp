@@ -1,6 +1,8 @@
 #include "model/AppModel.h"
 #include "model/Observation.h"
+#include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
+#include "support/TestPdf.h"
 
 #include <QtTest>
 
@@ -35,6 +37,27 @@ private slots:
         tracker = obs::withTracking([&] { (void)flag(); }, [&] { ++told; });
         flag.mutate([](bool& b) { b = b; });
         QCOMPARE(told, 2);
+
+        // Appending nothing to a string, or storing the same image again
+        // into a map, is still an in-place change.
+        Observed<QString> text{QStringLiteral("12")};
+        Observed<std::map<int, ImagePtr>> map;
+        auto image = std::make_shared<const QImage>(2, 2, QImage::Format_RGB32);
+        map.mutate([&](auto& m) { m[0] = image; });
+        int toldText = 0;
+        int toldMap = 0;
+        auto t1 = obs::withTracking([&] { (void)text(); }, [&] { ++toldText; });
+        auto t2 = obs::withTracking([&] { (void)map(); }, [&] { ++toldMap; });
+        text.mutate([](QString& s) { s += QString(); });
+        map.mutate([&](auto& m) { m[0] = image; });
+        QCOMPARE(toldText, 1);
+        QCOMPARE(toldMap, 1);
+        QCOMPARE(text.peek(), QStringLiteral("12"));
+        // The same value assigned through the setter is no change at all.
+        t1 = obs::withTracking([&] { (void)text(); }, [&] { ++toldText; });
+        text.set(QStringLiteral("12"));
+        QCOMPARE(toldText, 1);
+        QVERIFY(t1->isArmed());
     }
 
     void imagesCompareByIdentity()
@@ -50,6 +73,25 @@ private slots:
         QCOMPARE(told, 1);
     }
 
+    void documentsCompareByIdentity()
+    {
+        // The same file opened twice is two documents: assigning the other
+        // one is a change, assigning the same one is not.
+        TestFolder folder;
+        const QString path = folder.pdf("doc.pdf", 1);
+        MuPdfEngine engine;
+        auto first = std::get<PdfDocumentPtr>(engine.open(path));
+        auto second = std::get<PdfDocumentPtr>(engine.open(path));
+        Observed<PdfDocumentPtr> document{first};
+        int told = 0;
+        auto tracker = obs::withTracking([&] { (void)document(); }, [&] { ++told; });
+        QVERIFY(!document.set(first));
+        QCOMPARE(told, 0);
+        QVERIFY(document.set(second));
+        QCOMPARE(told, 1);
+        QCOMPARE(document.peek(), second);
+    }
+
     void scopeIsToldOnceAndOnlyForWhatItRead()
     {
         Observed<int> read{1};
@@ -62,6 +104,30 @@ private slots:
         read.set(3);
         QCOMPARE(told, 1);
         QVERIFY(!tracker->isArmed());
+    }
+
+    void nestedScopeReadsCountForTheOuterScope()
+    {
+        Observed<int> outerOnly{1};
+        Observed<int> innerOnly{1};
+        int toldOuter = 0;
+        int toldInner = 0;
+        obs::TrackerPtr inner;
+        auto outer = obs::withTracking(
+            [&] {
+                (void)outerOnly();
+                inner = obs::withTracking([&] { (void)innerOnly(); }, [&] { ++toldInner; });
+            },
+            [&] { ++toldOuter; });
+        QVERIFY(!obs::isTracking());
+        outerOnly.set(2);  // not read by the inner scope
+        QCOMPARE(toldInner, 0);
+        QCOMPARE(toldOuter, 1);
+        outer = obs::withTracking([&] { inner = obs::withTracking([&] { (void)innerOnly(); }, [&] { ++toldInner; }); },
+                                  [&] { ++toldOuter; });
+        innerOnly.set(2);
+        QCOMPARE(toldInner, 1);
+        QCOMPARE(toldOuter, 2);
     }
 
     void readsWithoutTrackingRegisterNothing()
@@ -86,19 +152,39 @@ private slots:
 
     void derivedValuesAreSeenThrough()
     {
-        // canGoNext reads document, pageIndex, pageCount, playlist: a change of
-        // any one of them must reach a reader of canGoNext alone.
         FakePlatform platform;
         AppModel model(platform.services());
         int told = 0;
-        auto tracker = obs::withTracking([&] { (void)model.canGoNext(); }, [&] { ++told; });
+        // Without a document canGoNext reads only `document`: other
+        // properties are none of its business.
+        auto tracker = obs::withTracking([&] { QVERIFY(!model.canGoNext()); }, [&] { ++told; });
         model.pageCount.set(5);
-        // Without a document only `document` was read: no notification yet.
-        QCOMPARE(told, 0);
         model.isBlackout.set(true);
         QCOMPARE(told, 0);
+
+        TestFolder folder;
+        model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 2)});
+        QCOMPARE(told, 1);  // `document` changed
+
+        // With a document it reads the page behind it: the reader of the
+        // derived value alone hears of a page move, once however many follow.
+        told = 0;
+        tracker = obs::withTracking([&] { QVERIFY(model.canGoNext()); }, [&] { ++told; });
+        model.isFrozen.set(true);
+        QCOMPARE(told, 0);
+        model.goToNextSlide();
+        model.goToNextSlide();
+        QCOMPARE(told, 1);
+
+        // At the last page of a file it reads the set position as well.
+        told = 0;
+        tracker = obs::withTracking([&] { QVERIFY(model.canGoNext()); }, [&] { ++told; });
+        model.playlist.mutate([](auto&) {});
+        QCOMPARE(told, 1);
+
+        told = 0;
         tracker = obs::withTracking([&] { (void)model.showTitle(); }, [&] { ++told; });
-        model.playlist.set({PlaylistEntry{QUuid::createUuid(), "/x/a.pdf", "a", 1, {}, {}}});
+        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
         QCOMPARE(told, 1);
     }
 

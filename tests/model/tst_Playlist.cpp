@@ -73,6 +73,39 @@ private slots:
         QCOMPARE(model.playlist(), before);
     }
 
+    void replaceKeepsMarkupAndCacheButForgetsShowAndUndo()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString a = folder.pdf("a.pdf", 3);
+        const QString b = folder.pdf("b.pdf", 2);
+        model.replacePlaylist({a, b});
+        const auto firstDocument = model.document();
+        model.goToNextSlide();
+        model.strokesByPage.mutate([](auto& map) { map["k"] = {Stroke{}}; });
+        model.framesByPage.mutate([](auto& map) { map["k"] = {FrameRect{}}; });
+        model.annotationUndo.mutate([](auto& list) { list.push_back(AnnotationUndoRecord::AddedStroke{"k", {}}); });
+        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
+
+        model.replacePlaylist({b, a});
+        QCOMPARE(titles(model), (QStringList{"b", "a"}));
+        QCOMPARE(model.playlistIndex(), 0);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 2);
+        QVERIFY(!model.showFileURL());
+        QVERIFY(model.annotationUndo().empty());
+        QCOMPARE(model.strokesByPage().size(), std::size_t(1));
+        QCOMPARE(model.framesByPage().size(), std::size_t(1));
+        // Documents come from the cache, never opened twice.
+        QCOMPARE(model.cachedDocument(a), firstDocument);
+        model.goToNextSlide();
+        model.goToNextSlide();
+        QCOMPARE(model.document(), firstDocument);
+        // Every file passed in is noted in order, the last one newest.
+        QCOMPARE(model.recentFiles(), (QStringList{a, b}));
+    }
+
     void appendKeepsPositionOrLoadsIntoAnEmptySet()
     {
         TestFolder folder;
@@ -154,24 +187,146 @@ private slots:
         QCOMPARE(model.pageCount(), 0);
     }
 
-    void closeKeepsTimerAndMarkup()
+    void removingAnotherEntryStillLandsOnPageZeroAtTheRemovedIndex()
     {
         TestFolder folder;
         FakePlatform platform;
         AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5), folder.pdf("d.pdf", 2)});
+        const QUuid c = model.playlist()[2].id;
+        const QUuid d = model.playlist()[3].id;
+        model.goToPage(2);
+        // The current entry is a, before the removed one: the operator still
+        // lands on the entry now at the removed index.
+        model.removePlaylistItem(c);
+        QCOMPARE(titles(model), (QStringList{"a", "b", "d"}));
+        QCOMPARE(model.playlistIndex(), 2);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 2);
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+        // Removing the last entry lands on the one now last.
+        model.goToPage(1);
+        model.removePlaylistItem(d);
+        QCOMPARE(model.playlistIndex(), 1);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 4);
+        model.removePlaylistItem(QUuid::createUuid());  // unknown: nothing
+        QCOMPARE(titles(model), (QStringList{"a", "b"}));
+    }
+
+    void selectingMovesIntoTheEntryWithAFade()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4)});
+        model.goToPage(2);
+        platform.scheduler->runAll();
+        // Selecting the current entry does nothing: no reload, no fade.
+        model.selectPlaylistItem(model.playlist()[0].id);
+        QCOMPARE(model.pageIndex(), 2);
+        QCOMPARE(model.transitionProgress(), 1.0);
+        model.selectPlaylistItem(model.playlist()[1].id);
+        QCOMPARE(model.playlistIndex(), 1);
+        QCOMPARE(model.pageIndex(), 0);
+        QCOMPARE(model.pageCount(), 4);
+        // The fade starts from the page the output showed in the old file.
+        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
+        QCOMPARE(model.transitionProgress(), 0.0);
+    }
+
+    void anEntryWhoseFileIsGoneLoadsNothingAndWarnsNobody()
+    {
+        // An entry can outlive its file (a show made elsewhere): moving into
+        // it keeps the open document and raises no alert.
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
+        const auto document = model.document();
+        model.playlist.mutate([&](auto& list) {
+            list.push_back(PlaylistEntry{QUuid::createUuid(), folder.file("gone.pdf"), "gone", 5, {}, {}});
+        });
+        model.goToPage(2);
+        model.goToNextSlide();
+        QCOMPARE(model.playlistIndex(), 1);
+        QCOMPARE(model.document(), document);
+        QCOMPARE(model.pageCount(), 3);
+        QVERIFY(platform.dialogs->alerts.empty());
+    }
+
+    void closeResetsThePresentationButKeepsTimerAndMarkup()
+    {
+        TestFolder folder;
+        FakePlatform platform;
+        AppModel model(platform.services());
+        const QString a = folder.pdf("a.pdf", 3);
+        model.replacePlaylist({a, folder.pdf("b.pdf", 2)});
+        const auto firstDocument = model.document();
+        model.goToNextSlide();  // a fade is running
+        QCOMPARE(model.transitionProgress(), 0.0);
+        model.toggleFreeze();
+        model.goToNextSlide();
+        model.isBlackout.set(true);
         model.strokesByPage.mutate([](auto& map) { map["k"] = {Stroke{}}; });
-        model.stageTool.set(StageTool::laser);
+        model.framesByPage.mutate([](auto& map) { map["k"] = {FrameRect{}}; });
+        model.annotationUndo.mutate([](auto& list) { list.push_back(AnnotationUndoRecord::AddedStroke{"k", {}}); });
+        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
+        model.stageTool.set(StageTool::zoom);
+        model.laserPoint.set(QPointF(0.5, 0.5));
+        model.zoomCenter.set(QPointF(0.5, 0.5));
+        model.draftStroke.set(Stroke{});
+        model.draftFrameRect.set(QRectF(0, 0, 0.1, 0.1));
         model.jumpBuffer.set("12");
+
         model.closeDocument();
+        QVERIFY(model.playlist().empty());
+        QCOMPARE(model.playlistIndex(), 0);
+        QVERIFY(!model.document() && !model.documentURL());
+        QCOMPARE(model.pageCount(), 0);
+        QCOMPARE(model.pageIndex(), 0);
+        QVERIFY(model.thumbnails().empty());
+        QVERIFY(!model.incomingSlideImage() && !model.outgoingSlideImage() && !model.previewSlideImage());
+        QVERIFY(!model.isFrozen() && !model.isBlackout());
+        QCOMPARE(model.frozenPageIndex(), 0);
+        QCOMPARE(model.stageTool(), StageTool::pointer);
+        QVERIFY(!model.laserPoint() && !model.zoomCenter() && !model.draftStroke() && !model.draftFrameRect());
+        QCOMPARE(model.jumpBuffer(), QString());
+        QVERIFY(!model.showFileURL());
+        QVERIFY(model.annotationUndo().empty());
+        QCOMPARE(model.showTitle(), QStringLiteral("PDF Brelvonic"));
+        // Kept: the timer and the markup of every page.
         QVERIFY(model.isTimerRunning());
         QCOMPARE(model.strokesByPage().size(), std::size_t(1));
-        QCOMPARE(model.stageTool(), StageTool::pointer);
-        QCOMPARE(model.jumpBuffer(), QString());
-        QCOMPARE(model.showTitle(), QStringLiteral("PDF Brelvonic"));
-        // The render of the closed set's thumbnails must not come back.
+        QCOMPARE(model.framesByPage().size(), std::size_t(1));
+        // Neither the cancelled fade nor the closed set's thumbnails come back.
+        platform.scheduler->advance(0.1);
+        QCOMPARE(model.transitionProgress(), 1.0);
         platform.scheduler->runAll();
         QVERIFY(model.thumbnails().empty());
+        QVERIFY(!model.incomingSlideImage() && !model.outgoingSlideImage());
+        QCOMPARE(model.transitionProgress(), 1.0);
+        // The document cache was emptied: the file is opened afresh.
+        model.replacePlaylist({a});
+        QVERIFY(model.document());
+        QVERIFY(model.document() != firstDocument);
+    }
+
+    void entriesCompareByAllSixFieldsAndHashConsistently()
+    {
+        const PlaylistEntry base{QUuid::createUuid(), "/decks/a.pdf", "a", 3, {}, {}};
+        PlaylistEntry noted = base;
+        noted.notesByPage[1] = QStringLiteral("Lights down");
+        PlaylistEntry cued = base;
+        cued.cues.push_back(CueBookmark{QUuid::createUuid(), 2, QStringLiteral("Chorus")});
+        PlaylistEntry same = base;
+        QCOMPARE(same, base);
+        QCOMPARE(qHash(same), qHash(base));
+        QVERIFY(!(noted == base) && !(cued == base));
+        QSet<PlaylistEntry> set{base, same, noted, cued};
+        QCOMPARE(set.size(), 3);
     }
 
     void pageKeyAndGlobalIndex()
@@ -204,6 +359,16 @@ private slots:
         QCOMPARE(model.fileTitle(), QStringLiteral("Overture"));
         model.showFileURL.set(folder.file("gig.brelvonic"));
         QCOMPARE(model.showTitle(), QStringLiteral("gig"));
+        model.showFileURL.set(folder.file("Tour 2026.v2.brelvonic"));
+        QCOMPARE(model.showTitle(), QStringLiteral("Tour 2026.v2"));
+
+        // A document without an entry is named by its file, the last
+        // extension dropped.
+        FakePlatform other;
+        AppModel bare(other.services());
+        bare.documentURL.set(QStringLiteral("/decks/Finale.v3.pdf"));
+        QCOMPARE(bare.fileTitle(), QStringLiteral("Finale.v3"));
+        QCOMPARE(bare.showTitle(), QStringLiteral("PDF Brelvonic"));
     }
 
     void thumbnailsArriveInOrderInBatchesOfSix()

@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "model/TimeFormat.h"
 #include "support/FakePlatform.h"
+#include "support/TestPdf.h"
 
 #include <QtTest>
 
@@ -61,6 +62,49 @@ private slots:
         QVERIFY(!model.isTimerRunning());
         QVERIFY(!model.timerStartedAt());
         QCOMPARE(model.timerElapsed(), 0.0);
+    }
+
+    void loadingASetStartsOnlyANeverRunTimer()
+    {
+        TestFolder folder;
+        const QString a = folder.pdf("a.pdf", 2);
+        const QString b = folder.pdf("b.pdf", 2);
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({a});
+        QVERIFY(model.isTimerRunning());
+        QCOMPARE(TimeFormat::duration(model.timerElapsed()), QStringLiteral("0:00"));
+        platform.scheduler->advance(10);
+        model.toggleTimer();
+        QCOMPARE(TimeFormat::duration(model.timerElapsed()), QStringLiteral("0:10"));
+
+        // Paused at 0:10: another set, or an append, leaves it paused.
+        platform.scheduler->advance(30);
+        model.replacePlaylist({b});
+        model.closeDocument();
+        model.appendToPlaylist({a});
+        QVERIFY(!model.isTimerRunning());
+        QCOMPARE(model.timerElapsed(), 10.0);
+
+        // Page moves and closing leave a running timer alone.
+        model.toggleTimer();
+        model.goToNextSlide();
+        model.closeDocument();
+        QVERIFY(model.isTimerRunning());
+
+        // A reset while paused makes the next set start it again.
+        model.toggleTimer();
+        model.resetTimer();
+        model.replacePlaylist({b});
+        QVERIFY(model.isTimerRunning());
+        platform.scheduler->advance(3);
+        QCOMPARE(model.timerElapsed(), 3.0);
+
+        // A set that fails to load starts nothing.
+        model.toggleTimer();
+        model.resetTimer();
+        model.replacePlaylist({folder.file("missing.pdf")});
+        QVERIFY(!model.isTimerRunning());
     }
 
     void remainingTime()

@@ -63,6 +63,25 @@ private slots:
         QVERIFY(!near(doc->render(1, QSize(192, 108))->pixel(3, 3), TestPdf::pageRgb(0)));
     }
 
+    void pagesAreMeasuredAndDrawnOverTheirMediaBox()
+    {
+        // Page 1 is cropped to its left half; slides are shown whole.
+        const QString path = folder.file("cropped.pdf");
+        QVERIFY(TestPdf::writeCropped(path, 2));
+        auto doc = openOk(engine, path);
+        QVERIFY(doc);
+        QCOMPARE(doc->pageSize(0).toSize(), QSize(960, 540));
+        QCOMPARE(doc->pageSize(1).toSize(), QSize(540, 960));  // turned
+        auto image = doc->render(0, QSize(320, 320));
+        QCOMPARE(image->size(), QSize(320, 180));
+        // The right half, outside the crop box, is drawn in the page's colour.
+        QVERIFY(near(image->pixel(3, 3), TestPdf::pageRgb(0)));
+        QVERIFY(near(image->pixel(316, 176), TestPdf::pageRgb(0)));
+        auto turned = doc->render(1, QSize(320, 320));
+        QCOMPARE(turned->size(), QSize(180, 320));
+        QVERIFY(near(turned->pixel(176, 316), TestPdf::pageRgb(1)));
+    }
+
     void brokenFilesFailWithAReason()
     {
         struct Case {
@@ -74,7 +93,13 @@ private slots:
             {"empty.pdf", [](const QString& p) { TestPdf::writeEmpty(p); }},
             {"text.pdf", [](const QString& p) { TestPdf::writeNotPdf(p); }},
             {"truncated.pdf", [](const QString& p) { QVERIFY(TestPdf::writeTruncated(p)); }},
-            {"locked.pdf", [](const QString& p) { QVERIFY(TestPdf::writeEncrypted(p)); }},
+            {"locked.pdf",
+             [](const QString& p) {
+                 // A genuine locked deck: the right password opens it.
+                 QVERIFY(TestPdf::writeEncrypted(p, "stage"));
+                 QVERIFY(TestPdf::opensWithPassword(p, "stage"));
+                 QVERIFY(!TestPdf::opensWithPassword(p, "guess"));
+             }},
             {"folder.pdf", [](const QString& p) { QDir().mkpath(p); }},
         };
         for (const auto& c : cases) {

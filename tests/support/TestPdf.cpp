@@ -8,6 +8,11 @@
 #include <QPainter>
 #include <QPdfWriter>
 
+extern "C" {
+#include <mupdf/fitz.h>
+#include <mupdf/pdf.h>
+}
+
 namespace TestPdf {
 
 unsigned pageRgb(int index)
@@ -86,35 +91,83 @@ bool writeTruncated(const QString& path)
     return true;
 }
 
-bool writeEncrypted(const QString& path)
+namespace {
+// Saves a deck from `write` again with the PDF library's own writer; when
+// asked, page 1 is cropped to the left half of its media box and page 2 is
+// turned a quarter.
+bool resave(const QString& path, int pages, const pdf_write_options& options, bool cropAndTurn)
 {
-    // A minimal PDF 1.4 with a standard security handler (RC4, 40 bits) whose
-    // user password is not empty: opening it without a password must fail.
-    const QByteArray body =
-        "%PDF-1.4\n"
-        "1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj\n"
-        "2 0 obj\n<< /Type /Pages /Kids [3 0 R] /Count 1 >>\nendobj\n"
-        "3 0 obj\n<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] >>\nendobj\n"
-        "4 0 obj\n<< /Filter /Standard /V 1 /R 2 /Length 40\n"
-        "/O <8F3A5C1D2E4B6A7980F1E2D3C4B5A69788796A5B4C3D2E1F00112233445566778>\n"
-        "/U <1122334455667788990011223344556677889900AABBCCDDEEFF001122334455>\n"
-        "/P -44 >>\nendobj\n";
-    QByteArray pdf = body;
-    const qsizetype xref = pdf.size();
-    // Offsets only need to be close enough for a repairing reader; the
-    // encryption dictionary is what decides.
-    pdf += "xref\n0 5\n0000000000 65535 f \n";
-    qsizetype pos = 0;
-    for (int n = 1; n <= 4; ++n) {
-        pos = body.indexOf(QByteArray::number(n) + " 0 obj", pos);
-        pdf += QString::asprintf("%010lld 00000 n \n", static_cast<long long>(pos)).toLatin1();
-    }
-    pdf += "trailer\n<< /Size 5 /Root 1 0 R /Encrypt 4 0 R /ID [<0123456789ABCDEF0123456789ABCDEF> <0123456789ABCDEF0123456789ABCDEF>] >>\n";
-    pdf += "startxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    const QString plain = path + QStringLiteral(".plain");
+    if (!write(plain, pages))
         return false;
-    return f.write(pdf) == pdf.size();
+    const QByteArray source = QFile::encodeName(plain);
+    const QByteArray target = QFile::encodeName(path);
+    fz_context* ctx = fz_new_context(nullptr, nullptr, FZ_STORE_DEFAULT);
+    if (!ctx)
+        return false;
+    bool ok = false;
+    pdf_document* doc = nullptr;
+    fz_var(doc);
+    fz_var(ok);
+    fz_try(ctx)
+    {
+        doc = pdf_open_document(ctx, source.constData());
+        if (cropAndTurn) {
+            pdf_obj* page = pdf_lookup_page_obj(ctx, doc, 0);
+            const fz_rect media = pdf_to_rect(ctx, pdf_dict_get_inheritable(ctx, page, PDF_NAME(MediaBox)));
+            pdf_dict_put_rect(ctx, page, PDF_NAME(CropBox),
+                              fz_make_rect(media.x0, media.y0, (media.x0 + media.x1) / 2, media.y1));
+            if (pages > 1)
+                pdf_dict_put_int(ctx, pdf_lookup_page_obj(ctx, doc, 1), PDF_NAME(Rotate), 90);
+        }
+        pdf_save_document(ctx, doc, target.constData(), &options);
+        ok = true;
+    }
+    fz_always(ctx) pdf_drop_document(ctx, doc);
+    fz_catch(ctx) ok = false;
+    fz_drop_context(ctx);
+    QFile::remove(plain);
+    return ok;
+}
+}
+
+bool writeEncrypted(const QString& path, const QByteArray& userPassword)
+{
+    // Exactly what a locked deck from another program looks like: AES-256
+    // with a user password.
+    pdf_write_options options = pdf_default_write_options;
+    options.do_encrypt = PDF_ENCRYPT_AES_256;
+    options.permissions = -4;  // everything allowed once opened
+    fz_strlcpy(options.upwd_utf8, userPassword.constData(), sizeof options.upwd_utf8);
+    fz_strlcpy(options.opwd_utf8, userPassword.constData(), sizeof options.opwd_utf8);
+    return resave(path, 2, options, false);
+}
+
+bool writeCropped(const QString& path, int pages)
+{
+    return resave(path, pages, pdf_default_write_options, true);
+}
+
+bool opensWithPassword(const QString& path, const QByteArray& password)
+{
+    const QByteArray name = QFile::encodeName(path);
+    fz_context* ctx = fz_new_context(nullptr, nullptr, FZ_STORE_DEFAULT);
+    if (!ctx)
+        return false;
+    bool ok = false;
+    pdf_document* doc = nullptr;
+    fz_var(doc);
+    fz_var(ok);
+    fz_try(ctx)
+    {
+        doc = pdf_open_document(ctx, name.constData());
+        ok = pdf_needs_password(ctx, doc) && pdf_authenticate_password(ctx, doc, password.constData())
+            && pdf_count_pages(ctx, doc) == 2;
+    }
+    fz_always(ctx) pdf_drop_document(ctx, doc);
+    fz_catch(ctx) ok = false;
+    fz_drop_context(ctx);
+    return ok;
 }
 
 }

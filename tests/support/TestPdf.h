@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
 #include <QSizeF>
 #include <QString>
@@ -21,7 +22,13 @@ bool write(const QString& path, int pages, QSizeF pageSize = widescreen, const Q
 void writeEmpty(const QString& path);               // zero bytes
 void writeNotPdf(const QString& path);              // plain text
 bool writeTruncated(const QString& path);           // a real PDF cut in half
-bool writeEncrypted(const QString& path);           // encrypted, needs a password
+// Encrypted (AES-256) with a user password: it cannot be opened without it.
+bool writeEncrypted(const QString& path, const QByteArray& userPassword = "stage");
+// A deck from `write` (16:9) whose first page has a crop box of the left
+// half of its media box and whose second page is turned a quarter.
+bool writeCropped(const QString& path, int pages);
+// True when `path` is locked and `password` unlocks its two pages.
+bool opensWithPassword(const QString& path, const QByteArray& password);
 
 // The background colour `write` gives page `index` (zero-based).
 unsigned pageRgb(int index);
