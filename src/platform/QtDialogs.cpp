@@ -66,7 +66,7 @@ std::optional<QString> QtDialogs::prompt(const PromptOptions& options)
         layout->addWidget(new QLabel(options.informativeText, &dialog));
     auto* field = new QLineEdit(options.text, &dialog);
     field->setPlaceholderText(options.placeholder);
-    field->setMinimumWidth(260);
+    field->setMinimumSize(280, 24);
     layout->addWidget(field);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
     if (!options.okLabel.isEmpty())
@@ -76,6 +76,13 @@ std::optional<QString> QtDialogs::prompt(const PromptOptions& options)
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     layout->addWidget(buttons);
+    // The operator may have another program in front (a mixer): bring this one
+    // forward so that typing goes into the field at once.
+    dialog.show();
+    dialog.raise();
+    dialog.activateWindow();
+    field->setFocus();
+    field->selectAll();
     if (dialog.exec() != QDialog::Accepted)
         return std::nullopt;
     return field->text();
