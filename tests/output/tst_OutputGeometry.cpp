@@ -6,6 +6,7 @@
 #include "support/TestPdf.h"
 
 #include <QMenu>
+#include <QScreen>
 #include <QtTest>
 
 class OutputGeometryTest : public QObject {
@@ -163,14 +164,48 @@ private slots:
         QtScreens screens;
         const auto first = screens.screens();
         QVERIFY(!first.empty());
-        for (const auto& s : first)
+        for (const auto& s : first) {
             QVERIFY(s.displayId && *s.displayId != 0);
+            QVERIFY(s.frame.width() > 0 && s.backingScale > 0);
+        }
         QCOMPARE(screens.screens().front().displayId, first.front().displayId);
         QCOMPARE(screens.mainDisplayId(), first.front().displayId);
-        QCOMPARE(QtScreens::identifierOf("DP-1", "ACME", "X", "1"), QtScreens::identifierOf("DP-1", "ACME", "X", "1"));
+
+        // A display with a serial keeps its identifier on another connector.
+        QCOMPARE(QtScreens::identifierOf("DP-1", "DEL", "U2415", "7MT01"),
+                 QtScreens::identifierOf("HDMI-2", "DEL", "U2415", "7MT01"));
+        QVERIFY(QtScreens::identifierOf("DP-1", "DEL", "U2415", "7MT01")
+                != QtScreens::identifierOf("DP-1", "DEL", "U2415", "7MT02"));
+        // Without one, the connector tells identical displays apart.
         QVERIFY(QtScreens::identifierOf("DP-1", "", "", "") != QtScreens::identifierOf("DP-2", "", "", ""));
+        QVERIFY(QtScreens::identifierOf("DP-1", "", "", " ") != QtScreens::identifierOf("DP-2", "", "", ""));
         // Fields cannot run into each other.
         QVERIFY(QtScreens::identifierOf("ab", "c", "", "") != QtScreens::identifierOf("a", "bc", "", ""));
+
+        QCOMPARE(QtScreens::displayName("DP-1", "DEL", "U2415"), QStringLiteral("DEL U2415 (DP-1)"));
+        QCOMPARE(QtScreens::displayName("DUMMY0", "", ""), QStringLiteral("DUMMY0"));
+        QCOMPARE(QtScreens::displayName("", "", "Beamer"), QStringLiteral("Beamer"));
+    }
+
+    void screensReportChanges()
+    {
+        QtScreens screens;
+        int calls = 0;
+        screens.setChangeHandler([&] { ++calls; });
+        QScreen* screen = QGuiApplication::primaryScreen();
+        QVERIFY(screen);
+        emit screen->geometryChanged(QRect(0, 0, 1280, 1024));
+        QCOMPARE(calls, 1);
+        // The platform announcing a screen it already listed must not make
+        // later geometry changes report twice.
+        emit qGuiApp->screenAdded(screen);
+        QCOMPARE(calls, 2);
+        emit screen->geometryChanged(QRect(0, 0, 1920, 1080));
+        QCOMPARE(calls, 3);
+        emit qGuiApp->screenRemoved(screen);
+        QCOMPARE(calls, 4);
+        emit screen->logicalDotsPerInchChanged(144);
+        QCOMPARE(calls, 5);
     }
 };
 

@@ -3,6 +3,9 @@
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
 
+#include <QApplication>
+#include <QLineEdit>
+#include <QVBoxLayout>
 #include <QtTest>
 
 namespace {
@@ -56,13 +59,52 @@ private slots:
         QCOMPARE(strokesHere(model)[0].points.back(), QPointF(1, 0.5));
     }
 
-    void neverTakesFocus()
+    void keysStayWithTheConsoleAndTheWheelStealsNothing()
     {
         FakePlatform platform;
         AppModel model(platform.services());
-        StageCanvas canvas(model);
-        QCOMPARE(canvas.focusPolicy(), Qt::NoFocus);
-        QVERIFY(canvas.hasMouseTracking());
+        QWidget console;
+        auto* layout = new QVBoxLayout(&console);
+        auto* keys = new QLineEdit(&console);  // stands for the console's key handling
+        auto* canvas = new StageCanvas(model, &console);
+        layout->addWidget(keys);
+        layout->addWidget(canvas);
+        console.resize(400, 300);
+        console.show();
+        QVERIFY(QTest::qWaitForWindowActive(&console));
+        keys->setFocus();
+        QTRY_VERIFY_WITH_TIMEOUT(keys->hasFocus(), 10000);
+
+        // A zoom drag with the wheel turned in the middle: the drag goes on to
+        // its release, the wheel changes only the scale.
+        model.setTool(StageTool::zoom);
+        QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.2, 0.2));
+        QTest::mouseMove(canvas, at(*canvas, 0.3, 0.3));
+        wheel(*canvas, {}, {0, 120});
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.35));
+        QTest::mouseMove(canvas, at(*canvas, 0.4, 0.6));
+        QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.7, 0.6));
+        QVERIFY(qAbs(model.zoomCenter()->x() - 0.7) < 0.01);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.35));
+
+        // Hover keeps driving the laser after wheel turns.
+        model.setTool(StageTool::laser);
+        wheel(*canvas, {}, {0, -120});
+        QTest::mouseMove(canvas, at(*canvas, 0.6, 0.4));
+        QVERIFY(model.laserPoint());
+        QVERIFY(qAbs(model.laserPoint()->x() - 0.6) < 0.01);
+
+        // A marker stroke after the wheel still lands.
+        model.setTool(StageTool::marker);
+        wheel(*canvas, {0, 20}, {});
+        QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.1, 0.5));
+        QTest::mouseMove(canvas, at(*canvas, 0.5, 0.5));
+        QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.9, 0.5));
+        QCOMPARE(strokesHere(model).size(), std::size_t(1));
+
+        QCOMPARE(canvas->focusPolicy(), Qt::NoFocus);
+        QVERIFY(keys->hasFocus());
+        QCOMPARE(QApplication::focusWidget(), keys);
     }
 
     void markerDragStoresAStrokeClampedToTheEdge()
