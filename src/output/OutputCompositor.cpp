@@ -263,7 +263,7 @@ void drawBuffered(const OutputFrameState& state, QPainter& painter, QSizeF size,
 {
     // Pixels at the target's resolution, markup sizes in its units.
     const qreal ratio = painter.device()->devicePixelRatioF();
-    const QSize pixels = (QSizeF(std::max(size.width(), 1.0), std::max(size.height(), 1.0)) * ratio).toSize();
+    const QSize pixels = (QSizeF(std::max(size.width(), 2.0), std::max(size.height(), 2.0)) * ratio).toSize();
     if (buffer.size() != pixels || buffer.format() != QImage::Format_ARGB32_Premultiplied)
         buffer = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     buffer.setDevicePixelRatio(ratio);

@@ -3,6 +3,7 @@
 #include "model/AppModel.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 constexpr double shortestFade = 0.04;
@@ -72,7 +73,9 @@ void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, ImagePtr f
         outgoingSlideImage.set(nullptr);
         return;
     }
-    transitionProgress.set(ease(u));
+    // Only the last write may be exactly 1: a step a hair before the end
+    // could otherwise round up to it.
+    transitionProgress.set(std::min(ease(u), std::nextafter(1.0, 0.0)));
     services_.scheduler->after(frameStep, [model, task, from = std::move(from), start, duration] {
         auto alive = model.lock();
         if (alive && *alive)

@@ -109,6 +109,8 @@ private slots:
         QVERIFY(qBlue(end) >= 254);
         s.progress = -3;  // clamped: only the outgoing shows
         QVERIFY(near(OutputCompositor::makeImage(s, {100, 100}).pixel(50, 50), QColor(255, 0, 0)));
+        s.progress = 3;  // clamped: only the incoming shows
+        QVERIFY(near(OutputCompositor::makeImage(s, {100, 100}).pixel(50, 50), QColor(0, 0, 255)));
     }
 
     void framesWrittenDirectlyMatchThePainter()
@@ -178,6 +180,9 @@ private slots:
         QVERIFY(near(none.pixel(10, 10), Qt::white));
         QVERIFY(near(none.pixel(90, 10), Qt::black));
         s.zoomScale = 1.5;
+        s.zoomCenter.reset();  // a scale without a centre draws no zoom
+        QCOMPARE(OutputCompositor::makeImage(s, {100, 100}), none);
+        s.zoomCenter = QPointF(0, 0);
         const QImage zoomed = OutputCompositor::makeImage(s, {100, 100});
         // The top-left corner moved to the middle: above and left of it is black.
         QVERIFY(near(zoomed.pixel(40, 40), Qt::black));
