@@ -74,9 +74,12 @@ QRect directArea(QPainter& p, const OutputFrameState& state, bool drawOutgoing, 
         return {};
     const QImage& in = *state.incoming;
     const QRectF f = fitted(QSizeF(in.size()), QRectF(QPointF(0, 0), size), cover);
-    const QRect area = f.toRect();
-    if (QRectF(area) != f || area.size() != in.size() || !QRect(QPoint(0, 0), target->size()).contains(area)
-        || !isFrameFormat(in.format()))
+    // An unscaled image lands on the pixel grid the way the painter rounds it
+    // (a slide a pixel short of the frame sits half a pixel off).
+    if (std::abs(f.width() - in.width()) > 1e-6 || std::abs(f.height() - in.height()) > 1e-6)
+        return {};
+    const QRect area(QPoint(qRound(f.x()), qRound(f.y())), in.size());
+    if (!QRect(QPoint(0, 0), target->size()).contains(area) || !isFrameFormat(in.format()))
         return {};
     if (drawOutgoing) {
         const QImage& out = *state.outgoing;

@@ -159,6 +159,14 @@ private slots:
         QVERIFY(worstDifference(barred, viaPainter(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied)) <= 1);
         QCOMPARE(barred.pixel(0, 10), qRgb(0, 0, 0));
         QCOMPARE(barred.pixel(36, 10), qRgb(0, 0, 0));
+        // A slide a pixel short of the canvas sits half a pixel off the grid.
+        OutputFrameState offGrid;
+        offGrid.incoming = gradient({37, 20}, 3);
+        offGrid.outgoing = gradient({37, 20}, 50);
+        offGrid.progress = 0.4;
+        QVERIFY(worstDifference(direct(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied),
+                                viaPainter(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied))
+                <= 1);
         // The outgoing slide of another shape: the painter does it all.
         bars.outgoing = outgoing;
         QVERIFY(worstDifference(direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied),
