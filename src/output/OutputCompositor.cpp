@@ -43,7 +43,6 @@ void drawImage(QPainter& p, const ImagePtr& image, double alpha, bool cover, QSi
     p.restore();
 }
 
-
 // ---- Cross-fade straight into a frame bitmap ----
 //
 // The published frame is a 32-bit image the size of the canvas, and the
@@ -96,6 +95,18 @@ inline uint32_t mul255(uint32_t x, uint32_t f)
     return (t + (t >> 8)) >> 8;
 }
 
+// One pixel the long way, for any alpha of the incoming slide.
+inline uint32_t blendPixel(uint32_t in, const uint32_t* out, uint32_t a, uint32_t b)
+{
+    const uint32_t keep = 255 - mul255(in >> 24, a);
+    uint32_t d = 0xFF000000u;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const uint32_t under = out ? mul255(mul255((*out >> shift) & 0xFF, b), keep) : 0;
+        d |= std::min<uint32_t>(mul255((in >> shift) & 0xFF, a) + under, 255) << shift;
+    }
+    return d;
+}
+
 // Blends one row of `count` pixels; `out` may be null (no outgoing image).
 // `a` and `b` are the alphas of the incoming and outgoing images, 0…255.
 void blendRow(uint32_t* dst, const uint32_t* in, const uint32_t* out, int count, uint32_t a, uint32_t b)
@@ -120,24 +131,19 @@ void blendRow(uint32_t* dst, const uint32_t* in, const uint32_t* out, int count,
     };
     for (; x + 4 <= count; x += 4) {
         const __m128i i = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + x));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_and_si128(i, opaque), opaque)) != 0xFFFF)
-            break;
+        if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_and_si128(i, opaque), opaque)) != 0xFFFF) {
+            for (int k = x; k < x + 4; ++k)
+                dst[k] = blendPixel(in[k], out ? out + k : nullptr, a, b);
+            continue;
+        }
         const __m128i o = out ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(out + x)) : zero;
         const __m128i lo = blend8(_mm_unpacklo_epi8(i, zero), _mm_unpacklo_epi8(o, zero));
         const __m128i hi = blend8(_mm_unpackhi_epi8(i, zero), _mm_unpackhi_epi8(o, zero));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x), _mm_or_si128(_mm_packus_epi16(lo, hi), opaque));
     }
 #endif
-    for (; x < count; ++x) {
-        const uint32_t i = in[x];
-        const uint32_t keep = 255 - mul255(i >> 24, a);
-        uint32_t d = 0xFF000000u;
-        for (int shift = 0; shift < 24; shift += 8) {
-            const uint32_t under = out ? mul255(mul255((out[x] >> shift) & 0xFF, b), keep) : 0;
-            d |= std::min<uint32_t>(mul255((i >> shift) & 0xFF, a) + under, 255) << shift;
-        }
-        dst[x] = d;
-    }
+    for (; x < count; ++x)
+        dst[x] = blendPixel(in[x], out ? out + x : nullptr, a, b);
 }
 
 void blendDirect(QPainter& p, const QRect& area, const OutputFrameState& state, bool drawOutgoing, double progress)
