@@ -7,6 +7,7 @@
 
 #include <QMenu>
 #include <QScreen>
+#include <QSet>
 #include <QtTest>
 
 class OutputGeometryTest : public QObject {
@@ -83,6 +84,16 @@ private slots:
         QCOMPARE(model.displays().size(), std::size_t(2));  // the screen without an id is skipped
         QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(2));
         QCOMPARE(model.selectedDisplay()->shortLabel(), QStringLiteral("Projector \u00B7 1920\u00D71080"));
+        // Displays are values: equal in all five fields, one entry in a set.
+        const OutputDisplay projector = *model.selectedDisplay();
+        OutputDisplay moved = projector;
+        moved.frame.translate(0, 1);
+        const QSet<OutputDisplay> set{projector, model.displays()[1], moved};
+        QCOMPARE(set.size(), 2);
+        QVERIFY(moved != projector);
+        QCOMPARE(qHash(model.displays()[1]), qHash(projector));
+        QCOMPARE(OutputDisplay({5, "Wall", QRectF(0, 0, 1279.9, 720.4), 1, false}).shortLabel(),
+                 QStringLiteral("Wall \u00B7 1279\u00D7720"));
 
         // Only the main display: it is preferred and selected.
         platform.screens->list.pop_back();
