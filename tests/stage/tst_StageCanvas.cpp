@@ -3,7 +3,9 @@
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
 
+#include <QGestureEvent>
 #include <QLineEdit>
+#include <QPinchGesture>
 #include <QVBoxLayout>
 #include <QtTest>
 
@@ -276,6 +278,18 @@ private slots:
         send(Qt::ZoomNativeGesture, 1.0);  // running factor 3
         QCOMPARE(model.zoomScale(), 6.0);
         send(Qt::EndNativeGesture, 0);
+
+        // A touch pinch through the gesture framework: the running factor.
+        QPinchGesture pinch;
+        pinch.setTotalScaleFactor(2.0);
+        QGestureEvent gestures({&pinch});
+        QCoreApplication::sendEvent(&canvas, &gestures);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 4.4));
+        // Under another tool a pinch changes nothing.
+        model.setTool(StageTool::marker);
+        pinch.setTotalScaleFactor(1.0);
+        QCoreApplication::sendEvent(&canvas, &gestures);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 4.4));
     }
 };
 
