@@ -1,10 +1,12 @@
 // One output frame mid-fade with markup: two slide images, 10 strokes,
-// 3 frames and the laser, drawn onto a screen-format image and into the
-// published-frame bitmap format.
+// 3 frames and the laser. Drawn as the output window draws it (through its
+// frame buffer onto a screen surface) and into the published-frame bitmap,
+// where the slides are blended straight into the frame.
 #include "output/OutputCompositor.h"
 
 #include <QGuiApplication>
 #include <QPainter>
+#include <QPixmap>
 
 #include <benchmark/benchmark.h>
 
@@ -42,21 +44,63 @@ OutputFrameState busyState(QSize size)
     return s;
 }
 
-void frame(benchmark::State& state, QImage::Format format)
+QSize sizeOf(const benchmark::State& state) { return {int(state.range(0)), int(state.range(1))}; }
+
+void drawEach(benchmark::State& state, const OutputFrameState& s, QPaintDevice& target, QImage* buffer = nullptr)
 {
-    const QSize size(int(state.range(0)), int(state.range(1)));
-    const OutputFrameState s = busyState(size);
-    QImage target(size, format);
+    const QSizeF size(sizeOf(state));
     for (auto _ : state) {
         QPainter painter(&target);
-        OutputCompositor::draw(s, painter, QSizeF(size));
+        if (buffer)
+            OutputCompositor::drawBuffered(s, painter, size, *buffer);
+        else
+            OutputCompositor::draw(s, painter, size);
         painter.end();
-        benchmark::DoNotOptimize(target.constBits());
+        benchmark::ClobberMemory();
     }
 }
 
-void screenFrame(benchmark::State& state) { frame(state, QImage::Format_RGB32); }
-void publishedFrame(benchmark::State& state) { frame(state, QImage::Format_ARGB32_Premultiplied); }
+// The output window: its frame buffer laid on the window's surface (a pixmap
+// here, like a backing store).
+void screenFrame(benchmark::State& state)
+{
+    QPixmap target(sizeOf(state));
+    QImage buffer;
+    drawEach(state, busyState(sizeOf(state)), target, &buffer);
+}
+
+// The painter alone on a window's surface, for comparison.
+void screenFrameUnbuffered(benchmark::State& state)
+{
+    QPixmap target(sizeOf(state));
+    drawEach(state, busyState(sizeOf(state)), target);
+}
+
+void publishedFrame(benchmark::State& state)
+{
+    QImage target(sizeOf(state), QImage::Format_ARGB32_Premultiplied);
+    drawEach(state, busyState(sizeOf(state)), target);
+}
+
+// Where the time goes in a published frame: each part alone.
+enum Part { slides, strokes, frames, laser };
+
+void part(benchmark::State& state, Part which)
+{
+    OutputFrameState s = busyState(sizeOf(state));
+    if (which != slides) {
+        s.incoming = nullptr;
+        s.outgoing = nullptr;
+    }
+    if (which != strokes)
+        s.strokes.clear();
+    if (which != frames)
+        s.frames.clear();
+    if (which != laser)
+        s.laserPoint.reset();
+    QImage target(sizeOf(state), QImage::Format_ARGB32_Premultiplied);
+    drawEach(state, s, target);
+}
 
 void sizes(benchmark::internal::Benchmark* b)
 {
@@ -65,6 +109,11 @@ void sizes(benchmark::internal::Benchmark* b)
 
 BENCHMARK(screenFrame)->Apply(sizes);
 BENCHMARK(publishedFrame)->Apply(sizes);
+BENCHMARK(screenFrameUnbuffered)->Args({2560, 1440})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(part, slides, slides)->Args({2560, 1440})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(part, strokes, strokes)->Args({2560, 1440})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(part, frames, frames)->Args({2560, 1440})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(part, laser, laser)->Args({2560, 1440})->Unit(benchmark::kMillisecond);
 
 }
 

@@ -25,5 +25,5 @@ void CompositedSlideView::setState(OutputFrameState state)
 void CompositedSlideView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    OutputCompositor::draw(state_, painter, QSizeF(size()));
+    OutputCompositor::drawBuffered(state_, painter, QSizeF(size()), frame_);
 }

@@ -16,4 +16,5 @@ protected:
 
 private:
     OutputFrameState state_;
+    QImage frame_;  // kept between paints: a new one per frame costs page faults
 };

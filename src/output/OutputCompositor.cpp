@@ -4,6 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace OutputCompositor {
 
@@ -36,6 +41,145 @@ void drawImage(QPainter& p, const ImagePtr& image, double alpha, bool cover, QSi
     p.setRenderHint(QPainter::SmoothPixmapTransform, scaled);
     p.drawImage(target, *image);
     p.restore();
+}
+
+// ---- Cross-fade straight into a frame bitmap ----
+//
+// The published frame is a 32-bit image the size of the canvas, and the
+// slides are rendered at that size, so they usually map 1:1 onto its pixels.
+// Then the black fill and the two alpha blends, three passes over the whole
+// frame, are done in one pass: for the outgoing pixel o (drawn at alpha b over
+// black) and the incoming pixel i (at alpha a over that), premultiplied,
+//     d = i·a + o·b·(1 − iα·a),   opaque.
+// The result equals the painter's within rounding.
+
+bool isFrameFormat(QImage::Format f)
+{
+    return f == QImage::Format_ARGB32_Premultiplied || f == QImage::Format_RGB32;
+}
+
+// The device rectangle both slides cover pixel for pixel, or an empty one when
+// the painter must draw them (zoom, clipping, scaling, another device…).
+QRect directArea(QPainter& p, const OutputFrameState& state, bool drawOutgoing, bool cover, QSizeF size)
+{
+    if (!state.incoming || state.incoming->isNull() || p.device()->devType() != QInternal::Image)
+        return {};
+    const auto* target = static_cast<const QImage*>(p.device());
+    if (!isFrameFormat(target->format()) || target->devicePixelRatio() != 1.0 || target->size() != size.toSize()
+        || QSizeF(target->size()) != size)
+        return {};
+    if (!p.worldTransform().isIdentity() || p.hasClipping() || p.opacity() != 1.0
+        || p.compositionMode() != QPainter::CompositionMode_SourceOver)
+        return {};
+    const QImage& in = *state.incoming;
+    const QRectF f = fitted(QSizeF(in.size()), QRectF(QPointF(0, 0), size), cover);
+    // An unscaled image lands on the pixel grid the way the painter rounds it
+    // (a slide a pixel short of the frame sits half a pixel off).
+    if (std::abs(f.width() - in.width()) > 1e-6 || std::abs(f.height() - in.height()) > 1e-6)
+        return {};
+    const QRect area(QPoint(qRound(f.x()), qRound(f.y())), in.size());
+    if (!QRect(QPoint(0, 0), target->size()).contains(area) || !isFrameFormat(in.format()))
+        return {};
+    if (drawOutgoing) {
+        const QImage& out = *state.outgoing;
+        if (out.isNull() || out.size() != in.size() || !isFrameFormat(out.format()))
+            return {};
+    }
+    return area;
+}
+
+// x·f / 255 for 8-bit x and f, rounded, as the painter computes it.
+inline uint32_t mul255(uint32_t x, uint32_t f)
+{
+    const uint32_t t = x * f + 128;
+    return (t + (t >> 8)) >> 8;
+}
+
+// One pixel the long way, for any alpha of the incoming slide.
+inline uint32_t blendPixel(uint32_t in, const uint32_t* out, uint32_t a, uint32_t b)
+{
+    const uint32_t keep = 255 - mul255(in >> 24, a);
+    uint32_t d = 0xFF000000u;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const uint32_t under = out ? mul255(mul255((*out >> shift) & 0xFF, b), keep) : 0;
+        d |= std::min<uint32_t>(mul255((in >> shift) & 0xFF, a) + under, 255) << shift;
+    }
+    return d;
+}
+
+// Blends one row of `count` pixels; `out` may be null (no outgoing image).
+// `a` and `b` are the alphas of the incoming and outgoing images, 0…255.
+void blendRow(uint32_t* dst, const uint32_t* in, const uint32_t* out, int count, uint32_t a, uint32_t b)
+{
+    int x = 0;
+#if defined(__SSE2__)
+    // Where the incoming slide is opaque, which is nearly always, the
+    // outgoing one shows through at b·(1 − a), so d = (i·a + o·c) / 255 with
+    // a + c ≤ 255: one rounding in 16 bits. Other pixels go the long way.
+    const uint32_t c = mul255(b, 255 - a);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i half = _mm_set1_epi16(128);
+    const __m128i opaque = _mm_set1_epi32(int(0xFF000000u));
+    const __m128i va = _mm_set1_epi16(short(a));
+    const __m128i vc = _mm_set1_epi16(short(c));
+    const auto div255 = [&](__m128i v) {
+        const __m128i t = _mm_add_epi16(v, half);
+        return _mm_srli_epi16(_mm_add_epi16(t, _mm_srli_epi16(t, 8)), 8);
+    };
+    const auto blend8 = [&](__m128i i16, __m128i o16) {
+        return div255(_mm_add_epi16(_mm_mullo_epi16(i16, va), _mm_mullo_epi16(o16, vc)));
+    };
+    for (; x + 4 <= count; x += 4) {
+        const __m128i i = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + x));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_and_si128(i, opaque), opaque)) != 0xFFFF) {
+            for (int k = x; k < x + 4; ++k)
+                dst[k] = blendPixel(in[k], out ? out + k : nullptr, a, b);
+            continue;
+        }
+        const __m128i o = out ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(out + x)) : zero;
+        const __m128i lo = blend8(_mm_unpacklo_epi8(i, zero), _mm_unpacklo_epi8(o, zero));
+        const __m128i hi = blend8(_mm_unpackhi_epi8(i, zero), _mm_unpackhi_epi8(o, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x), _mm_or_si128(_mm_packus_epi16(lo, hi), opaque));
+    }
+#endif
+    for (; x < count; ++x)
+        dst[x] = blendPixel(in[x], out ? out + x : nullptr, a, b);
+}
+
+void blendDirect(QPainter& p, const QRect& area, const OutputFrameState& state, bool drawOutgoing, double progress)
+{
+    auto* target = static_cast<QImage*>(p.device());
+    const QImage& in = *state.incoming;
+    const QImage* out = drawOutgoing ? state.outgoing.get() : nullptr;
+    // Opacity in 8 bits as the painter takes it: 256 steps, scaled to 255.
+    const auto eightBit = [](double alpha) { return uint32_t((std::lround(alpha * 256) * 255) >> 8); };
+    const uint32_t a = eightBit(progress);
+    const uint32_t b = eightBit(1.0 - progress);
+    // The painter works on this same buffer: write through it, never detach.
+    uchar* bits = const_cast<uchar*>(target->constBits());
+    const qsizetype stride = target->bytesPerLine();
+    for (int y = 0; y < area.height(); ++y) {
+        auto* dst = reinterpret_cast<uint32_t*>(bits + (area.y() + y) * stride) + area.x();
+        const auto* src = reinterpret_cast<const uint32_t*>(in.constScanLine(y));
+        if (!out && a == 255) {
+            // The slide alone at full strength: a copy, made opaque.
+            for (int x = 0; x < area.width(); ++x)
+                dst[x] = src[x] | 0xFF000000u;
+            continue;
+        }
+        blendRow(dst, src, out ? reinterpret_cast<const uint32_t*>(out->constScanLine(y)) : nullptr, area.width(), a,
+                 b);
+    }
+}
+
+// Black everywhere on the canvas except `hole`.
+void fillAround(QPainter& p, const QRect& hole, QSizeF size)
+{
+    const QRectF h(hole);
+    p.fillRect(QRectF(0, 0, size.width(), h.top()), Qt::black);
+    p.fillRect(QRectF(0, h.bottom(), size.width(), size.height() - h.bottom()), Qt::black);
+    p.fillRect(QRectF(0, h.top(), h.left(), h.height()), Qt::black);
+    p.fillRect(QRectF(h.right(), h.top(), size.width() - h.right(), h.height()), Qt::black);
 }
 
 void drawFrame(QPainter& p, const QRectF& normalised, const QColor& c, QSizeF size)
@@ -71,16 +215,25 @@ void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
     for (const QPointF& n : stroke.points)
         points << toDevice.map(QPointF(n.x() * size.width(), n.y() * size.height()));
 
+    // Half the line and a pixel of antialiasing on each side.
+    const double margin = line / 2 + 2;
     const QRect device(0, 0, p.device()->width(), p.device()->height());
-    const QRect area = points.boundingRect().adjusted(-line, -line, line, line).toAlignedRect() & device;
+    const QRect area = points.boundingRect().adjusted(-margin, -margin, margin, margin).toAlignedRect() & device;
     if (area.isEmpty())
         return;
     const qreal ratio = p.device()->devicePixelRatioF();
-    QImage layer(area.size() * ratio, QImage::Format_ARGB32_Premultiplied);
-    layer.setDevicePixelRatio(ratio);
-    layer.fill(Qt::transparent);
+    const QSize pixels = (QSizeF(area.size()) * ratio).toSize();
+    // One scratch layer serves every stroke: a fresh one per stroke costs more
+    // in allocation and page faults than drawing the stroke itself.
+    thread_local QImage scratch;
+    if (scratch.width() < pixels.width() || scratch.height() < pixels.height())
+        scratch = QImage(pixels.expandedTo(scratch.size()), QImage::Format_ARGB32_Premultiplied);
+    scratch.setDevicePixelRatio(ratio);
+    for (int y = 0; y < pixels.height(); ++y)
+        std::memset(scratch.scanLine(y), 0, size_t(pixels.width()) * 4);
     {
-        QPainter lp(&layer);
+        QPainter lp(&scratch);
+        lp.setClipRect(QRectF(QPointF(0, 0), QSizeF(area.size())));
         lp.setRenderHint(QPainter::Antialiasing);
         lp.translate(-area.topLeft());
         lp.setPen(QPen(colour(stroke.red, stroke.green, stroke.blue), line, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -90,7 +243,7 @@ void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
     p.save();
     p.resetTransform();
     p.setOpacity(p.opacity() * strokeAlpha);
-    p.drawImage(area.topLeft(), layer);
+    p.drawImage(QRectF(area), scratch, QRectF(QPointF(0, 0), QSizeF(pixels)));
     p.restore();
 }
 
@@ -115,18 +268,48 @@ QImage makeImage(const OutputFrameState& state, QSize size)
     return image;
 }
 
+void drawBuffered(const OutputFrameState& state, QPainter& painter, QSizeF size, QImage& buffer)
+{
+    // Pixels at the target's resolution, markup sizes in its units.
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    const QSize pixels = (QSizeF(std::max(size.width(), 2.0), std::max(size.height(), 2.0)) * ratio).toSize();
+    if (buffer.size() != pixels || buffer.format() != QImage::Format_ARGB32_Premultiplied)
+        buffer = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+    buffer.setDevicePixelRatio(ratio);
+    {
+        QPainter bp(&buffer);
+        draw(state, bp, QSizeF(pixels) / ratio);
+    }
+    painter.save();
+    // The frame is opaque: a copy, no blending.
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(QPointF(0, 0), buffer);
+    painter.restore();
+}
+
 void draw(const OutputFrameState& state, QPainter& p, QSizeF size)
 {
     const double w = size.width();
     const double h = size.height();
-    p.fillRect(QRectF(0, 0, w, h), Qt::black);
-    if (state.isBlackout)
+    if (state.isBlackout) {
+        p.fillRect(QRectF(0, 0, w, h), Qt::black);
         return;
-    p.save();
-    p.setRenderHint(QPainter::Antialiasing);
+    }
 
     const double s = std::max(state.zoomScale, 1.0);
-    if (s > zoomThreshold && state.zoomCenter) {
+    const bool zoomed = s > zoomThreshold && state.zoomCenter;
+    const double progress = std::clamp(state.progress, 0.0, 1.0);
+    const bool cover = state.fit == ContentFit::cover;
+    const bool drawOutgoing = state.outgoing && progress < fadeThreshold;
+    const QRect direct = zoomed ? QRect() : directArea(p, state, drawOutgoing, cover, size);
+    if (direct.isEmpty())
+        p.fillRect(QRectF(0, 0, w, h), Qt::black);
+    else
+        fillAround(p, direct, size);
+
+    p.save();
+    p.setRenderHint(QPainter::Antialiasing);
+    if (zoomed) {
         const double cx = std::clamp(state.zoomCenter->x(), 0.0, 1.0) * w;
         const double cy = std::clamp(state.zoomCenter->y(), 0.0, 1.0) * h;
         p.translate(w / 2, h / 2);
@@ -134,12 +317,14 @@ void draw(const OutputFrameState& state, QPainter& p, QSizeF size)
         p.translate(-cx, -cy);
     }
 
-    const double progress = std::clamp(state.progress, 0.0, 1.0);
-    const bool cover = state.fit == ContentFit::cover;
-    if (state.outgoing && progress < fadeThreshold)
-        drawImage(p, state.outgoing, 1.0 - progress, cover, size);
-    if (state.incoming)
-        drawImage(p, state.incoming, progress, cover, size);
+    if (!direct.isEmpty()) {
+        blendDirect(p, direct, state, drawOutgoing, progress);
+    } else {
+        if (drawOutgoing)
+            drawImage(p, state.outgoing, 1.0 - progress, cover, size);
+        if (state.incoming)
+            drawImage(p, state.incoming, progress, cover, size);
+    }
 
     for (const FrameRect& frame : state.frames)
         drawFrame(p, frame.rect, colour(frame.red, frame.green, frame.blue), size);

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QPointF>
 #include <QRectF>
+#include <QHashFunctions>
 #include <QString>
 
 #include <cstdint>
@@ -58,6 +59,18 @@ struct OutputDisplay {
 
     // "Projector · 1920×1080"
     QString shortLabel() const;
+};
+
+// Combines the five fields in declaration order.
+inline size_t qHash(const OutputDisplay& d, size_t seed = 0) noexcept
+{
+    return qHashMulti(seed, d.id, d.name, d.frame.x(), d.frame.y(), d.frame.width(), d.frame.height(), d.backingScale,
+                      d.isMain);
+}
+
+template <>
+struct std::hash<OutputDisplay> {
+    size_t operator()(const OutputDisplay& d) const noexcept { return qHash(d); }
 };
 
 struct PixelSize {

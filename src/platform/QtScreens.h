@@ -6,9 +6,15 @@
 
 class QScreen;
 
-// The displays as Qt sees them. A display's identifier is a 32-bit FNV-1a
-// hash of its connector name, manufacturer, model and serial number, so the
-// same display keeps it across runs and re-plugging (never 0).
+// The displays as Qt sees them.
+//
+// Identifier: a 32-bit FNV-1a hash (never 0). A display whose EDID gives a
+// serial number is hashed from its manufacturer, model and serial, so it keeps
+// its identifier across runs and when it is plugged into another connector.
+// Without a serial (many projectors, virtual screens) the connector name takes
+// the serial's place, so that two identical displays still differ; such a
+// display keeps its identifier as long as it stays on the same connector.
+// Twins reporting the same serial are told apart by connector as well.
 class QtScreens final : public QObject, public Screens {
 public:
     QtScreens();
@@ -16,8 +22,11 @@ public:
     std::optional<uint32_t> mainDisplayId() const override;
     void setChangeHandler(std::function<void()> handler) override;
 
-    static uint32_t identifierOf(const QString& name, const QString& manufacturer, const QString& model,
+    static uint32_t identifierOf(const QString& connector, const QString& manufacturer, const QString& model,
                                  const QString& serial);
+    // "DELL U2415 (DP-1)", or the connector name alone when the display does
+    // not say what it is.
+    static QString displayName(const QString& connector, const QString& manufacturer, const QString& model);
 
 private:
     void watch(QScreen* screen);

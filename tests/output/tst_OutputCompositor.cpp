@@ -26,6 +26,29 @@ int countColoured(const QImage& image)
     return n;
 }
 
+// Every channel of every pixel within `tolerance`.
+int worstDifference(const QImage& a, const QImage& b)
+{
+    int worst = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            worst = std::max({worst, qAbs(qRed(p) - qRed(q)), qAbs(qGreen(p) - qGreen(q)), qAbs(qBlue(p) - qBlue(q)),
+                              qAbs(qAlpha(p) - qAlpha(q))});
+        }
+    return worst;
+}
+
+ImagePtr gradient(QSize size, int seed)
+{
+    auto image = std::make_shared<QImage>(size, QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image->setPixel(x, y, qRgb((x * 255 / size.width() + seed) % 256, y * 255 / size.height(), (x + y + seed) % 256));
+    return image;
+}
+
 // Width of the non-black run along the middle row.
 int litWidth(const QImage& image, int y)
 {
@@ -86,6 +109,69 @@ private slots:
         QVERIFY(qBlue(end) >= 254);
         s.progress = -3;  // clamped: only the outgoing shows
         QVERIFY(near(OutputCompositor::makeImage(s, {100, 100}).pixel(50, 50), QColor(255, 0, 0)));
+        s.progress = 3;  // clamped: only the incoming shows
+        QVERIFY(near(OutputCompositor::makeImage(s, {100, 100}).pixel(50, 50), QColor(0, 0, 255)));
+    }
+
+    void framesWrittenDirectlyMatchThePainter()
+    {
+        // Frames the size of the slides take a one-pass blend; a clip sends
+        // the same state through the painter. Both must give the same pixels,
+        // within one step of rounding.
+        const auto viaPainter = [](const OutputFrameState& s, QSize size, QImage::Format format) {
+            QImage image(size, format);
+            image.fill(Qt::green);
+            QPainter p(&image);
+            p.setClipRect(QRect(QPoint(0, 0), size));
+            OutputCompositor::draw(s, p, QSizeF(size));
+            return image;
+        };
+        const auto direct = [](const OutputFrameState& s, QSize size, QImage::Format format) {
+            QImage image(size, format);
+            image.fill(Qt::green);
+            QPainter p(&image);
+            OutputCompositor::draw(s, p, QSizeF(size));
+            return image;
+        };
+        auto incoming = gradient({37, 21}, 0);
+        // A translucent patch goes the long way, mid-row.
+        auto patched = std::make_shared<QImage>(*incoming);
+        for (int y = 5; y < 9; ++y)
+            for (int x = 6; x < 17; ++x)
+                patched->setPixel(x, y, qPremultiply(qRgba(200, 100, 50, 40 * (x - 5))));
+        const ImagePtr outgoing = gradient({37, 21}, 99);
+        const ImagePtr narrow = gradient({28, 21}, 7);  // 4:3 on the 37×21 canvas: bars
+
+        for (const QImage::Format format : {QImage::Format_ARGB32_Premultiplied, QImage::Format_RGB32})
+            for (const ImagePtr& in : {ImagePtr(incoming), ImagePtr(patched)})
+                for (const double progress : {0.0, 0.3, 0.5, 0.9995, 1.0}) {
+                    OutputFrameState s;
+                    s.incoming = in;
+                    s.outgoing = outgoing;
+                    s.progress = progress;
+                    const int worst = worstDifference(direct(s, {37, 21}, format), viaPainter(s, {37, 21}, format));
+                    QVERIFY2(worst <= 1, qPrintable(QStringLiteral("progress %1, format %3, patched %4: off by %2").arg(progress).arg(worst).arg(int(format)).arg(in == patched)));
+                }
+        OutputFrameState bars;
+        bars.incoming = narrow;
+        bars.progress = 0.6;
+        const QImage barred = direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied);
+        QVERIFY(worstDifference(barred, viaPainter(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied)) <= 1);
+        QCOMPARE(barred.pixel(0, 10), qRgb(0, 0, 0));
+        QCOMPARE(barred.pixel(36, 10), qRgb(0, 0, 0));
+        // A slide a pixel short of the canvas sits half a pixel off the grid.
+        OutputFrameState offGrid;
+        offGrid.incoming = gradient({37, 20}, 3);
+        offGrid.outgoing = gradient({37, 20}, 50);
+        offGrid.progress = 0.4;
+        QVERIFY(worstDifference(direct(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied),
+                                viaPainter(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied))
+                <= 1);
+        // The outgoing slide of another shape: the painter does it all.
+        bars.outgoing = outgoing;
+        QVERIFY(worstDifference(direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied),
+                                viaPainter(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied))
+                <= 1);
     }
 
     void zoom()
@@ -102,6 +188,9 @@ private slots:
         QVERIFY(near(none.pixel(10, 10), Qt::white));
         QVERIFY(near(none.pixel(90, 10), Qt::black));
         s.zoomScale = 1.5;
+        s.zoomCenter.reset();  // a scale without a centre draws no zoom
+        QCOMPARE(OutputCompositor::makeImage(s, {100, 100}), none);
+        s.zoomCenter = QPointF(0, 0);
         const QImage zoomed = OutputCompositor::makeImage(s, {100, 100});
         // The top-left corner moved to the middle: above and left of it is black.
         QVERIFY(near(zoomed.pixel(40, 40), Qt::black));

@@ -6,6 +6,8 @@
 #include "support/TestPdf.h"
 
 #include <QMenu>
+#include <QScreen>
+#include <QSet>
 #include <QtTest>
 
 class OutputGeometryTest : public QObject {
@@ -82,6 +84,16 @@ private slots:
         QCOMPARE(model.displays().size(), std::size_t(2));  // the screen without an id is skipped
         QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(2));
         QCOMPARE(model.selectedDisplay()->shortLabel(), QStringLiteral("Projector \u00B7 1920\u00D71080"));
+        // Displays are values: equal in all five fields, one entry in a set.
+        const OutputDisplay projector = *model.selectedDisplay();
+        OutputDisplay moved = projector;
+        moved.frame.translate(0, 1);
+        const QSet<OutputDisplay> set{projector, model.displays()[1], moved};
+        QCOMPARE(set.size(), 2);
+        QVERIFY(moved != projector);
+        QCOMPARE(qHash(model.displays()[1]), qHash(projector));
+        QCOMPARE(OutputDisplay({5, "Wall", QRectF(0, 0, 1279.9, 720.4), 1, false}).shortLabel(),
+                 QStringLiteral("Wall \u00B7 1279\u00D7720"));
 
         // Only the main display: it is preferred and selected.
         platform.screens->list.pop_back();
@@ -163,14 +175,48 @@ private slots:
         QtScreens screens;
         const auto first = screens.screens();
         QVERIFY(!first.empty());
-        for (const auto& s : first)
+        for (const auto& s : first) {
             QVERIFY(s.displayId && *s.displayId != 0);
+            QVERIFY(s.frame.width() > 0 && s.backingScale > 0);
+        }
         QCOMPARE(screens.screens().front().displayId, first.front().displayId);
         QCOMPARE(screens.mainDisplayId(), first.front().displayId);
-        QCOMPARE(QtScreens::identifierOf("DP-1", "ACME", "X", "1"), QtScreens::identifierOf("DP-1", "ACME", "X", "1"));
+
+        // A display with a serial keeps its identifier on another connector.
+        QCOMPARE(QtScreens::identifierOf("DP-1", "DEL", "U2415", "7MT01"),
+                 QtScreens::identifierOf("HDMI-2", "DEL", "U2415", "7MT01"));
+        QVERIFY(QtScreens::identifierOf("DP-1", "DEL", "U2415", "7MT01")
+                != QtScreens::identifierOf("DP-1", "DEL", "U2415", "7MT02"));
+        // Without one, the connector tells identical displays apart.
         QVERIFY(QtScreens::identifierOf("DP-1", "", "", "") != QtScreens::identifierOf("DP-2", "", "", ""));
+        QVERIFY(QtScreens::identifierOf("DP-1", "", "", " ") != QtScreens::identifierOf("DP-2", "", "", ""));
         // Fields cannot run into each other.
         QVERIFY(QtScreens::identifierOf("ab", "c", "", "") != QtScreens::identifierOf("a", "bc", "", ""));
+
+        QCOMPARE(QtScreens::displayName("DP-1", "DEL", "U2415"), QStringLiteral("DEL U2415 (DP-1)"));
+        QCOMPARE(QtScreens::displayName("DUMMY0", "", ""), QStringLiteral("DUMMY0"));
+        QCOMPARE(QtScreens::displayName("", "", "Beamer"), QStringLiteral("Beamer"));
+    }
+
+    void screensReportChanges()
+    {
+        QtScreens screens;
+        int calls = 0;
+        screens.setChangeHandler([&] { ++calls; });
+        QScreen* screen = QGuiApplication::primaryScreen();
+        QVERIFY(screen);
+        emit screen->geometryChanged(QRect(0, 0, 1280, 1024));
+        QCOMPARE(calls, 1);
+        // The platform announcing a screen it already listed must not make
+        // later geometry changes report twice.
+        emit qGuiApp->screenAdded(screen);
+        QCOMPARE(calls, 2);
+        emit screen->geometryChanged(QRect(0, 0, 1920, 1080));
+        QCOMPARE(calls, 3);
+        emit qGuiApp->screenRemoved(screen);
+        QCOMPARE(calls, 4);
+        emit screen->logicalDotsPerInchChanged(144);
+        QCOMPARE(calls, 5);
     }
 };
 

@@ -149,6 +149,26 @@ private slots:
         QVERIFY(!model.outgoingSlideImage());
     }
 
+    void loadingAnotherSetMidFadeIsACut()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten});
+        model.goToNextSlide();
+        platform.scheduler->advance(0.1);
+        QVERIFY(model.transitionProgress() < 1.0);
+        // Opening files loads without animation: shown at once, and the old
+        // fade must not creep back in with values below 1.
+        model.replacePlaylist({three});
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.outgoingSlideImage());
+        ProgressLog log(model);
+        platform.scheduler->runAll();
+        QVERIFY(log.values.empty());
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
+        QVERIFY(!model.needsLiveOutput());
+    }
+
     void unfreezeFadesFromTheHeldPage()
     {
         FakePlatform platform;

@@ -254,12 +254,20 @@ private slots:
         model.goToPage(4);
         const QString slide5 = model.pageKey();
         QVERIFY(slide3 != slide5);
-        drawStroke(model, {0.3, 0.3}, {0.4, 0.4});
-        model.undoAnnotation();
-        model.undoAnnotation();
-        QCOMPARE(model.pageIndex(), 4);
+        model.setTool(StageTool::frame);
+        drawFrame(model, {0.3, 0.3}, {0.6, 0.6});
+        model.undoAnnotation();  // the frame on slide 5
+        const ImagePtr shown = model.previewSlideImage();
+        const ImagePtr onOutput = model.incomingSlideImage();
+        model.undoAnnotation();  // the stroke on slide 3, while slide 5 is shown
         QVERIFY(strokesOf(model, slide3).empty());
-        QVERIFY(strokesOf(model, slide5).empty());
+        QVERIFY(framesOf(model, slide5).empty());
+        QCOMPARE(model.pageIndex(), 4);
+        QCOMPARE(model.pageKey(), slide5);
+        QCOMPARE(model.previewSlideImage(), shown);
+        QCOMPARE(model.incomingSlideImage(), onOutput);
+        QCOMPARE(TestPdf::pageShown(model.previewSlideImage()), 4);
+        model.setTool(StageTool::marker);
 
         // Markup stays with its page when paging away and back.
         drawStroke(model, {0.3, 0.3}, {0.4, 0.4});

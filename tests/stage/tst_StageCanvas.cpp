@@ -3,6 +3,10 @@
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
 
+#include <QGestureEvent>
+#include <QLineEdit>
+#include <QPinchGesture>
+#include <QVBoxLayout>
 #include <QtTest>
 
 namespace {
@@ -11,6 +15,16 @@ QPoint at(const StageCanvas& canvas, double nx, double ny)
 {
     const QRectF r = canvas.pictureRect();
     return QPointF(r.x() + nx * r.width(), r.y() + ny * r.height()).toPoint();
+}
+
+// A pointer move as the window system delivers it, with or without a button
+// held: the same on every platform plugin (QTest's moves warp the real cursor
+// on some).
+void moveTo(QWidget* w, QPoint pos)
+{
+    QMouseEvent event(QEvent::MouseMove, QPointF(pos), w->mapToGlobal(QPointF(pos)), Qt::NoButton,
+                      QGuiApplication::mouseButtons(), Qt::NoModifier);
+    QCoreApplication::sendEvent(w, &event);
 }
 
 void wheel(QWidget& w, QPoint pixel, QPoint angle, bool* accepted = nullptr)
@@ -49,20 +63,60 @@ private slots:
         QCOMPARE(canvas.pictureRect(), QRectF(60, 0, 360, 270));
         model.setTool(StageTool::marker);
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(60, 135));
-        QTest::mouseMove(&canvas, QPoint(240, 135));
+        moveTo(&canvas, QPoint(240, 135));
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(420, 135));
         QCOMPARE(strokesHere(model).size(), std::size_t(1));
         QCOMPARE(strokesHere(model)[0].points.front(), QPointF(0, 0.5));
         QCOMPARE(strokesHere(model)[0].points.back(), QPointF(1, 0.5));
     }
 
-    void neverTakesFocus()
+    void keysStayWithTheConsoleAndTheWheelStealsNothing()
     {
         FakePlatform platform;
         AppModel model(platform.services());
-        StageCanvas canvas(model);
-        QCOMPARE(canvas.focusPolicy(), Qt::NoFocus);
-        QVERIFY(canvas.hasMouseTracking());
+        QWidget console;
+        auto* layout = new QVBoxLayout(&console);
+        auto* keys = new QLineEdit(&console);  // stands for the console's key handling
+        auto* canvas = new StageCanvas(model, &console);
+        layout->addWidget(keys);
+        layout->addWidget(canvas);
+        console.resize(400, 300);
+        console.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&console));
+        // The window's own focus widget: this holds with or without a window
+        // manager that activates the window.
+        keys->setFocus();
+        QCOMPARE(console.focusWidget(), keys);
+
+        // A zoom drag with the wheel turned in the middle: the drag goes on to
+        // its release, the wheel changes only the scale.
+        model.setTool(StageTool::zoom);
+        QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.2, 0.2));
+        moveTo(canvas, at(*canvas, 0.3, 0.3));
+        wheel(*canvas, {}, {0, 120});
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.35));
+        moveTo(canvas, at(*canvas, 0.4, 0.6));
+        QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.7, 0.6));
+        QVERIFY(qAbs(model.zoomCenter()->x() - 0.7) < 0.01);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 2.35));
+
+        // Hover keeps driving the laser after wheel turns.
+        model.setTool(StageTool::laser);
+        wheel(*canvas, {}, {0, -120});
+        moveTo(canvas, at(*canvas, 0.6, 0.4));
+        QVERIFY(model.laserPoint());
+        QVERIFY(qAbs(model.laserPoint()->x() - 0.6) < 0.01);
+
+        // A marker stroke after the wheel still lands.
+        model.setTool(StageTool::marker);
+        wheel(*canvas, {0, 20}, {});
+        QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.1, 0.5));
+        moveTo(canvas, at(*canvas, 0.5, 0.5));
+        QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.9, 0.5));
+        QCOMPARE(strokesHere(model).size(), std::size_t(1));
+
+        QCOMPARE(canvas->focusPolicy(), Qt::NoFocus);
+        QCOMPARE(console.focusWidget(), keys);
     }
 
     void markerDragStoresAStrokeClampedToTheEdge()
@@ -77,9 +131,9 @@ private slots:
         model.setTool(StageTool::marker);
 
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.25, 0.5));
-        QTest::mouseMove(&canvas, at(canvas, 0.5, 0.5));
+        moveTo(&canvas, at(canvas, 0.5, 0.5));
         QVERIFY(model.draftStroke());
-        QTest::mouseMove(&canvas, QPoint(600, -50));  // far outside, up-right
+        moveTo(&canvas, QPoint(600, -50));  // far outside, up-right
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(600, -50));
         QVERIFY(!model.draftStroke());
         const auto& strokes = strokesHere(model);
@@ -98,7 +152,7 @@ private slots:
 
         // A drag starting in the black band begins on the slide's top edge.
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 5));
-        QTest::mouseMove(&canvas, QPoint(200, 150));
+        moveTo(&canvas, QPoint(200, 150));
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 150));
         QCOMPARE(strokesHere(model).size(), std::size_t(2));
         QCOMPARE(strokesHere(model)[1].points.front(), QPointF(0.5, 0.0));
@@ -115,7 +169,7 @@ private slots:
         model.setTool(StageTool::marker);
         model.chooseMarkColor(MarkColor::presets()[3]);  // green
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.2, 0.3));
-        QTest::mouseMove(&canvas, at(canvas, 0.5, 0.3));
+        moveTo(&canvas, at(canvas, 0.5, 0.3));
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.8, 0.3));
         QCoreApplication::processEvents();  // the follower's queued redraw
         const QImage shot = canvas.grab().toImage();
@@ -134,11 +188,11 @@ private slots:
         canvas.show();
         QVERIFY(QTest::qWaitForWindowExposed(&canvas));
 
-        QTest::mouseMove(&canvas, at(canvas, 0.5, 0.5));
+        moveTo(&canvas, at(canvas, 0.5, 0.5));
         QVERIFY(!model.laserPoint());  // pointer tool: hover does nothing
 
         model.setTool(StageTool::laser);
-        QTest::mouseMove(&canvas, at(canvas, 0.25, 0.75));
+        moveTo(&canvas, at(canvas, 0.25, 0.75));
         QVERIFY(model.laserPoint());
         QVERIFY(qAbs(model.laserPoint()->x() - 0.25) < 0.01);
         QVERIFY(qAbs(model.laserPoint()->y() - 0.75) < 0.01);
@@ -164,7 +218,7 @@ private slots:
 
         model.setTool(StageTool::frame);
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.75, 0.75));
-        QTest::mouseMove(&canvas, at(canvas, 0.25, 0.25));
+        moveTo(&canvas, at(canvas, 0.25, 0.25));
         QVERIFY(model.draftFrameRect());
         QVERIFY(model.draftFrameRect()->width() < 0);
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.25, 0.25));
@@ -224,6 +278,18 @@ private slots:
         send(Qt::ZoomNativeGesture, 1.0);  // running factor 3
         QCOMPARE(model.zoomScale(), 6.0);
         send(Qt::EndNativeGesture, 0);
+
+        // A touch pinch through the gesture framework: the running factor.
+        QPinchGesture pinch;
+        pinch.setTotalScaleFactor(2.0);
+        QGestureEvent gestures({&pinch});
+        QCoreApplication::sendEvent(&canvas, &gestures);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 4.4));
+        // Under another tool a pinch changes nothing.
+        model.setTool(StageTool::marker);
+        pinch.setTotalScaleFactor(1.0);
+        QCoreApplication::sendEvent(&canvas, &gestures);
+        QVERIFY(qFuzzyCompare(model.zoomScale(), 4.4));
     }
 };
 
