@@ -12,6 +12,7 @@
 #include <QDropEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QVBoxLayout>
 
@@ -30,9 +31,28 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     layout->addWidget(pageLabel_);
     setCentralWidget(central);
 
+    // The file and show commands; slide, blackout, freeze and tool keys stay
+    // with the key handling below, which also serves the clicker.
+    const auto hasSet = [this] { return !model_.playlist().empty(); };
     fileMenu_ = menuBar()->addMenu(QString());
-    openAction_ = fileMenu_->addAction(QString(), this, &MainWindow::openPdfs);
-    openAction_->setShortcut(QKeySequence::Open);
+    addCommand(fileMenu_, QStringLiteral("open.pdf_ellipsis"), QKeySequence::Open, [this] { model_.presentOpenPanel(); });
+    addCommand(fileMenu_, QStringLiteral("open.folder_ellipsis"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
+               [this] { model_.presentFolderPanel(); });
+    addCommand(fileMenu_, QStringLiteral("add.to_set_ellipsis"), {}, [this] { model_.presentAddToPlaylistPanel(); });
+    addCommand(fileMenu_, QStringLiteral("close.document"), {}, [this] { model_.closeDocument(); },
+               [this] { return model_.document() != nullptr; });
+    fileMenu_->addSeparator();
+    addCommand(fileMenu_, QStringLiteral("open.show_ellipsis"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_O),
+               [this] { model_.presentOpenShowPanel(); });
+    addCommand(fileMenu_, QStringLiteral("save.show"), QKeySequence::Save, [this] { model_.presentSaveShowPanel(false); },
+               hasSet);
+    addCommand(fileMenu_, QStringLiteral("save.show_as"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+               [this] { model_.presentSaveShowPanel(true); }, hasSet);
+    showMenu_ = menuBar()->addMenu(QString());
+    addCommand(showMenu_, QStringLiteral("bookmark.this"), QKeySequence(Qt::CTRL | Qt::Key_B),
+               [this] { model_.promptAddBookmark(); });
+    addCommand(showMenu_, QStringLiteral("cue.next"), {}, [this] { model_.goToNextCue(); });
+    addCommand(showMenu_, QStringLiteral("cue.prev"), {}, [this] { model_.goToPreviousCue(); });
 
     follower_ = new obs::Follower([this] { update(); }, this);
     follower_->start();
@@ -47,7 +67,11 @@ void MainWindow::update()
     // of it run this again, so the window relabels at once.
     (void)model_.interfaceLanguage();
     fileMenu_->setTitle(L10n::t(QStringLiteral("files")));
-    openAction_->setText(L10n::t(QStringLiteral("open.pdf_ellipsis")));
+    showMenu_->setTitle(L10n::t(QStringLiteral("menu.show")));
+    for (const Command& command : commands_) {
+        command.action->setText(L10n::t(command.key));
+        command.action->setEnabled(!command.enabled || command.enabled());
+    }
     if (!model_.document()) {
         pageLabel_->setText(L10n::t(QStringLiteral("slide.none")));
         return;
@@ -59,9 +83,15 @@ void MainWindow::update()
     pageLabel_->setText(text);
 }
 
-void MainWindow::openPdfs()
+QAction* MainWindow::addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut,
+                               std::function<void()> run, std::function<bool()> enabled)
 {
-    model_.presentOpenPanel();
+    QAction* action = menu->addAction(QString());
+    action->setShortcut(shortcut);
+    // Queued: a panel or alert opens after the menu has closed.
+    connect(action, &QAction::triggered, this, [run = std::move(run)] { run(); }, Qt::QueuedConnection);
+    commands_.push_back({action, key, std::move(enabled)});
+    return action;
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event)

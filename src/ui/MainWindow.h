@@ -2,6 +2,9 @@
 
 #include <QMainWindow>
 
+#include <functional>
+#include <vector>
+
 class AppModel;
 class QLabel;
 class StageCanvas;
@@ -21,14 +24,22 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    void openPdfs();
+    // A menu command: its text key, and when it can act (always when empty).
+    struct Command {
+        QAction* action;
+        QString key;
+        std::function<bool()> enabled;
+    };
+    QAction* addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut, std::function<void()> run,
+                        std::function<bool()> enabled = {});
     void update();
 
     AppModel& model_;
     StageCanvas* slide_;
     QLabel* pageLabel_;
-    QAction* openAction_;
     QMenu* fileMenu_;
+    QMenu* showMenu_;
+    std::vector<Command> commands_;
     obs::Follower* follower_;
     // Shown over the whole window while a drag that carries files hovers.
     void setDropHighlight(bool shown);
