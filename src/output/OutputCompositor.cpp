@@ -68,7 +68,8 @@ QRect directArea(QPainter& p, const OutputFrameState& state, bool drawOutgoing, 
     if (!isFrameFormat(target->format()) || target->devicePixelRatio() != 1.0 || target->size() != size.toSize()
         || QSizeF(target->size()) != size)
         return {};
-    if (!p.worldTransform().isIdentity() || p.hasClipping() || p.opacity() != 1.0
+    // The device transform also holds a window, viewport or pixel ratio.
+    if (!p.deviceTransform().isIdentity() || p.hasClipping() || p.opacity() != 1.0
         || p.compositionMode() != QPainter::CompositionMode_SourceOver)
         return {};
     const QImage& in = *state.incoming;

@@ -167,6 +167,22 @@ private slots:
         QVERIFY(worstDifference(direct(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied),
                                 viaPainter(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied))
                 <= 1);
+        // A painter with a window of its own scales the canvas: only the
+        // painter knows where the slide lands.
+        const auto windowed = [](const OutputFrameState& s, bool clip) {
+            QImage image(40, 40, QImage::Format_RGB32);
+            QPainter p(&image);
+            p.setWindow(0, 0, 20, 20);
+            if (clip)
+                p.setClipRect(QRect(0, 0, 40, 40));
+            OutputCompositor::draw(s, p, QSizeF(40, 40));
+            return image;
+        };
+        OutputFrameState halves;
+        halves.incoming = gradient({40, 40}, 11);
+        const QImage scaledUp = windowed(halves, false);
+        QVERIFY(worstDifference(scaledUp, windowed(halves, true)) <= 1);
+        QVERIFY(near(scaledUp.pixel(39, 39), QColor(halves.incoming->pixel(19, 19)), 8));
         // The outgoing slide of another shape: the painter does it all.
         bars.outgoing = outgoing;
         QVERIFY(worstDifference(direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied),
