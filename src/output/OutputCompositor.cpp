@@ -35,9 +35,10 @@ void drawImage(QPainter& p, const ImagePtr& image, double alpha, bool cover, QSi
     const QRectF target = fitted(QSizeF(image->size()), QRectF(QPointF(0, 0), size), cover);
     p.save();
     p.setOpacity(alpha);
-    // Smoothing costs a lot and changes nothing when no scaling happens.
+    // Smoothing costs a lot and changes nothing when no scaling happens; the
+    // device transform also scales by the target's pixel ratio.
     const bool scaled = qAbs(target.width() - image->width()) > 0.5 || qAbs(target.height() - image->height()) > 0.5
-        || !p.transform().isIdentity();
+        || !p.deviceTransform().isIdentity();
     p.setRenderHint(QPainter::SmoothPixmapTransform, scaled);
     p.drawImage(target, *image);
     p.restore();

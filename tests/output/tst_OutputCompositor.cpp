@@ -190,6 +190,29 @@ private slots:
                 <= 1);
     }
 
+    void slidesAreSmoothedWhenThePixelRatioScalesThem()
+    {
+        // A 20-pixel slide on a 20-unit canvas of a ratio-2 bitmap is drawn
+        // 40 pixels wide: the hard edge in its middle must be interpolated.
+        auto image = std::make_shared<QImage>(QSize(20, 20), QImage::Format_RGB32);
+        image->fill(Qt::black);
+        QPainter(image.get()).fillRect(0, 0, 10, 20, Qt::white);
+        OutputFrameState s;
+        s.incoming = image;
+        QImage target(40, 40, QImage::Format_ARGB32_Premultiplied);
+        target.setDevicePixelRatio(2);
+        {
+            QPainter p(&target);
+            OutputCompositor::draw(s, p, QSizeF(20, 20));
+        }
+        int between = 0;
+        for (int x = 0; x < 40; ++x)
+            between += qRed(target.pixel(x, 20)) > 30 && qRed(target.pixel(x, 20)) < 225;
+        QVERIFY(between >= 1);
+        QVERIFY(near(target.pixel(2, 20), Qt::white));
+        QVERIFY(near(target.pixel(37, 20), Qt::black));
+    }
+
     void zoom()
     {
         // Left half white, right half black.
