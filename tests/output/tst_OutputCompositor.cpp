@@ -3,6 +3,8 @@
 #include <QPainter>
 #include <QtTest>
 
+#include <random>
+
 namespace {
 ImagePtr solid(QSize size, QColor colour)
 {
@@ -188,6 +190,63 @@ private slots:
         QVERIFY(worstDifference(direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied),
                                 viaPainter(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied))
                 <= 1);
+    }
+
+    void oneWayBlendMatchesThePainterOnMixedShapes()
+    {
+        // Many canvases and slides, fixed seed: odd sizes, slides a pixel off
+        // the canvas either way, contain and cover, both frame formats,
+        // translucent slides and slides with a pixel ratio of their own. The
+        // one-pass blend must never differ from the painter by more than
+        // rounding.
+        std::mt19937 rng(7);
+        const auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
+        const QImage::Format formats[] = {QImage::Format_ARGB32_Premultiplied, QImage::Format_RGB32};
+        for (int round = 0; round < 1500; ++round) {
+            const QSize canvas(pick(2, 41), pick(2, 41));
+            QSize slide = canvas;
+            switch (pick(0, 4)) {
+            case 0: slide.setHeight(pick(1, canvas.height())); break;
+            case 1: slide.setWidth(pick(1, canvas.width())); break;
+            case 2: slide += QSize(pick(-1, 1), pick(-1, 1)); break;
+            case 3: slide.setHeight(canvas.height() + pick(1, 4)); break;
+            default: break;
+            }
+            slide = slide.expandedTo(QSize(1, 1));
+            const bool translucent = pick(0, 2) == 0;
+            const auto make = [&](QImage::Format format) {
+                auto image = std::make_shared<QImage>(slide, format);
+                for (int y = 0; y < slide.height(); ++y)
+                    for (int x = 0; x < slide.width(); ++x) {
+                        const int alpha = translucent && format == formats[0] ? pick(0, 255) : 255;
+                        image->setPixel(x, y, qPremultiply(qRgba(pick(0, 255), pick(0, 255), pick(0, 255), alpha)));
+                    }
+                if (pick(0, 3) == 0)
+                    image->setDevicePixelRatio(2);
+                return image;
+            };
+            OutputFrameState s;
+            s.incoming = make(formats[pick(0, 1)]);
+            if (pick(0, 1))
+                s.outgoing = make(formats[pick(0, 1)]);
+            const double progresses[] = {0, 0.004, 0.1, 0.5, 0.73, 0.9989, 0.9995, 1};
+            s.progress = progresses[pick(0, 7)];
+            s.fit = pick(0, 1) ? ContentFit::cover : ContentFit::contain;
+            const QImage::Format format = formats[pick(0, 1)];
+            const auto drawn = [&](bool clip) {
+                QImage image(canvas, format);
+                image.fill(Qt::green);
+                QPainter p(&image);
+                if (clip)
+                    p.setClipRect(QRect(QPoint(0, 0), canvas));
+                OutputCompositor::draw(s, p, QSizeF(canvas));
+                return image;
+            };
+            const int worst = worstDifference(drawn(false), drawn(true));
+            QVERIFY2(worst <= 2, qPrintable(QStringLiteral("round %1: canvas %2×%3, slide %4×%5, off by %6")
+                                                .arg(round).arg(canvas.width()).arg(canvas.height())
+                                                .arg(slide.width()).arg(slide.height()).arg(worst)));
+        }
     }
 
     void slidesAreSmoothedWhenThePixelRatioScalesThem()
