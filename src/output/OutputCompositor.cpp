@@ -209,7 +209,8 @@ void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
 {
     if (stroke.points.size() < 2)
         return;
-    const QTransform toDevice = p.worldTransform();
+    // World and window/viewport together: the layer is laid with neither.
+    const QTransform toDevice = p.combinedTransform();
     const double zoom = std::sqrt(std::abs(toDevice.determinant()));
     const double line = std::max(stroke.lineWidth * std::min(size.width(), size.height()), 2.0) * zoom;
     QPolygonF points;

@@ -329,6 +329,24 @@ private slots:
         QCOMPARE(frame.pixel(10, 50) & 0xFFFFFF, 0u);
     }
 
+    void markupFollowsThePaintersWindow()
+    {
+        // A painter whose window maps a 20-unit canvas onto 40 pixels: the
+        // stroke, frame and laser all land at twice their canvas position.
+        OutputFrameState s;
+        s.strokes = {Stroke{QUuid::createUuid(), {{0.75, 0.1}, {0.75, 0.9}}, 0, 1, 0, 0.05}};
+        s.frames = {FrameRect{QUuid::createUuid(), QRectF(0.1, 0.1, 0.3, 0.3), 0, 0, 1}};
+        QImage image(40, 40, QImage::Format_ARGB32_Premultiplied);
+        {
+            QPainter p(&image);
+            p.setWindow(0, 0, 20, 20);
+            OutputCompositor::draw(s, p, QSizeF(20, 20));
+        }
+        QVERIFY(qGreen(image.pixel(30, 20)) > 150);   // the stroke at x = 0.75 × 40
+        QCOMPARE(qGreen(image.pixel(15, 20)), 0);     // not at 0.75 × 20
+        QVERIFY(qBlue(image.pixel(4, 10)) > 150);     // the frame's left edge at 0.1 × 40
+    }
+
     void laserKeepsItsSizeOnAnyCanvas()
     {
         for (const QSize size : {QSize(400, 225), QSize(2560, 1440)}) {
