@@ -216,7 +216,7 @@ private:
     void restorePreferences();
     // Transitions
     void startTransition(const std::optional<PdfPage>& previous);
-    void runFadeStep(std::weak_ptr<AppModel*> model, Task task, ImagePtr from, double start, double duration);
+    void runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration);
     // Stage annotation
     void pushUndo(AnnotationUndo record);
     // Output window controller: synchronise the window with the model.

@@ -149,6 +149,9 @@ void AppModel::loadCurrentEntry(int page, bool animate)
     previewSlideImage.set(renderSlide(PdfPage{doc, pageIndex.peek()}));
     incomingSlideImage.set(previewSlideImage.peek());
     if (!animate) {
+        // A cut: a fade still running from the old picture is over.
+        if (auto task = transitionTask.peek())
+            task->cancel();
         outgoingSlideImage.set(nullptr);
         transitionProgress.set(1.0);
     }

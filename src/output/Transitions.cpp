@@ -53,20 +53,15 @@ void AppModel::startTransition(const std::optional<PdfPage>& previous)
     auto task = std::make_shared<TaskHandle>();
     transitionTask.set(task);
     const double duration = std::max(transitionDuration.peek(), fadeFloor);
-    runFadeStep(self_, task, outgoingSlideImage.peek(), services_.scheduler->now(), duration);
+    runFadeStep(self_, task, services_.scheduler->now(), duration);
 }
 
-void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, ImagePtr from, double start, double duration)
+void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration)
 {
-    // A cancelled fade ends without touching the model: a newer one owns it.
+    // A cancelled fade ends without touching the model: a newer fade or a
+    // cut (loading another file without animation) owns it.
     if (task->isCancelled())
         return;
-    // Loading another file without animation is a cut: it replaced the image
-    // this fade started from and set the progress to 1, so the fade is over.
-    if (outgoingSlideImage.peek() != from) {
-        task->cancel();
-        return;
-    }
     const double u = (services_.scheduler->now() - start) / duration;
     if (u >= 1) {
         transitionProgress.set(1.0);
@@ -76,9 +71,9 @@ void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, ImagePtr f
     // Only the last write may be exactly 1: a step a hair before the end
     // could otherwise round up to it.
     transitionProgress.set(std::min(ease(u), std::nextafter(1.0, 0.0)));
-    services_.scheduler->after(frameStep, [model, task, from = std::move(from), start, duration] {
+    services_.scheduler->after(frameStep, [model, task, start, duration] {
         auto alive = model.lock();
         if (alive && *alive)
-            (*alive)->runFadeStep(model, task, from, start, duration);
+            (*alive)->runFadeStep(model, task, start, duration);
     });
 }

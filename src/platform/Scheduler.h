@@ -20,7 +20,8 @@ using Task = std::shared_ptr<TaskHandle>;
 class Scheduler {
 public:
     virtual ~Scheduler() = default;
-    // Wall-clock time in seconds since the epoch.
+    // Seconds since the epoch, never going back: wall-clock time at the
+    // start of the run, carried on by a monotonic clock.
     virtual double now() const = 0;
     // Runs `work` on the main thread after `seconds` (0: on the next turn of
     // the event loop, after the work already queued).
