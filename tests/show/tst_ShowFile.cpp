@@ -473,6 +473,29 @@ private slots:
         QCOMPARE(urls(model), (QStringList{loaded}));
     }
 
+    // Hand-edited paths: an empty one means the show's folder, which is no
+    // PDF; a trailing slash still names the last part. No alert goes blank.
+    void handEditedPathsAreNamedByTheirLastPart()
+    {
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        QVERIFY(root.mkpath("Shows"));
+        SavedShow show = sampleShow();
+        show.items = {item(""), item("gone/")};
+        const QString showPath = root.filePath("Shows/odd.brelvonic");
+        QVERIFY(writeAll(showPath, show.encode()));
+
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.openShow(showPath);
+        QVERIFY(model.playlist().empty());
+        QVERIFY(!platform.dialogs->alerts.empty());
+        for (const auto& alert : platform.dialogs->alerts)
+            QVERIFY2(!alert.text.trimmed().isEmpty(), qPrintable(alert.title));
+        QCOMPARE(platform.dialogs->alerts.back().title, QString("Show files not found"));
+        QCOMPARE(platform.dialogs->alerts.back().text, QString("gone"));
+    }
+
     void aFailedSaveKeepsTheEarlierFile()
     {
         QTemporaryDir tmp;
