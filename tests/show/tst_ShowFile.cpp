@@ -377,6 +377,48 @@ private slots:
         QCOMPARE(model.plannedDuration(), 0.0);
     }
 
+    // Settings equal to the current ones are not written: their observers
+    // (output window, frame publisher) see no change.
+    void equalSettingsDoNotNotify()
+    {
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        pdfIn(root, "a.pdf");
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({root.filePath("a.pdf")});
+        const QString same = root.filePath("same.brelvonic");
+        model.saveShow(same);
+        SavedShow other = sampleShow();
+        other.items = {item("a.pdf")};
+        const QString different = root.filePath("different.brelvonic");
+        QVERIFY(writeAll(different, other.encode()));
+
+        const auto settingsChange = [&](const QString& showPath) {
+            bool changed = false;
+            const auto tracker = obs::withTracking(
+                [&] {
+                    (void)model.aspect();
+                    (void)model.contentFit();
+                    (void)model.customWidth();
+                    (void)model.customHeight();
+                    (void)model.transitionStyle();
+                    (void)model.transitionDuration();
+                    (void)model.plannedDuration();
+                    (void)model.hideOutputCursor();
+                    (void)model.markColor();
+                },
+                [&] { changed = true; });
+            model.openShow(showPath);
+            return changed;
+        };
+        QVERIFY(!settingsChange(same));
+        QCOMPARE(model.playlist().size(), std::size_t(1));
+        QVERIFY(settingsChange(different));
+        QVERIFY(!settingsChange(different));
+        QVERIFY(platform.dialogs->alerts.empty());
+    }
+
     void aShowMovedWithItsPdfsOpensAgain()
     {
         QTemporaryDir first;
