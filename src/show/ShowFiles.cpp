@@ -175,8 +175,10 @@ void AppModel::openShow(const QString& path)
             services_.dialogs->warning(L10n::t(QString::fromLatin1(key)), text);
     };
 
+    // Only a regular file: a pipe would block the console until something
+    // writes to it, and a device might never end.
     QFile file(showPath);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(showPath).isFile() || !file.open(QIODevice::ReadOnly)) {
         alert("alert.show_read", fileName);
         return;
     }

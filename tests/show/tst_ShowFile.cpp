@@ -6,8 +6,14 @@
 
 #include <QtTest>
 
+#include <atomic>
 #include <functional>
 #include <limits>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 // Show files on real files in a temporary folder: the coded form, saving,
 // opening, and what survives each kind of bad file.
@@ -274,6 +280,42 @@ private slots:
         QCOMPARE(platform.dialogs->alerts[0].text, QString("gone.brelvonic"));
         QCOMPARE(platform.dialogs->alerts[1].text, QString("folder.brelvonic"));
         QVERIFY(model.playlist().empty());
+    }
+
+    // Only regular files are read: a pipe would hold the console until some
+    // program writes to it, a device could feed it without end.
+    void aShowThatIsNoRegularFileIsNotRead()
+    {
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        const QString pipe = root.filePath("pipe.brelvonic");
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        QVERIFY(QFile::link("/dev/null", root.filePath("device.brelvonic")));
+
+        // Should the pipe be opened anyway, this writer lets the test end.
+        std::atomic<bool> done{false};
+        std::thread writer([&] {
+            while (!done) {
+                const int fd = ::open(QFile::encodeName(pipe).constData(), O_WRONLY | O_NONBLOCK);
+                if (fd >= 0) {
+                    ::close(fd);
+                    return;
+                }
+                std::this_thread::yield();
+            }
+        });
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.openShow(pipe);
+        model.openShow(root.filePath("device.brelvonic"));
+        done = true;
+        writer.join();
+
+        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
+        QCOMPARE(platform.dialogs->alerts[0].title, QString("Couldn’t read the show"));
+        QCOMPARE(platform.dialogs->alerts[0].text, QString("pipe.brelvonic"));
+        QCOMPARE(platform.dialogs->alerts[1].title, QString("Couldn’t read the show"));
+        QCOMPARE(platform.dialogs->alerts[1].text, QString("device.brelvonic"));
     }
 
     void noteNamesParseAsSignedDecimalIntegers()
