@@ -1,3 +1,4 @@
+#include "app/HandOverInbox.h"
 #include "app/SingleInstance.h"
 #include "model/AppModel.h"
 #include "show/DocumentIntake.h"
@@ -48,16 +49,19 @@ int main(int argc, char** argv)
     window.show();
     model.start();
 
-    QObject::connect(&instance, &SingleInstance::filesReceived, &window, [&](const QStringList& paths) {
+    // Handed-over files are taken from the main loop (app.exec, depth 1),
+    // never inside an alert or panel of an operation still under way.
+    HandOverInbox inbox([&](const QStringList& paths) {
         window.raise();
         window.activateWindow();
         model.ingestDroppedURLs(paths);
         traceSet(model);
-    }, Qt::QueuedConnection);
-    if (!files.isEmpty()) {
-        model.ingestDroppedURLs(files);
-        traceSet(model);
-    }
+    }, 1);
+    QObject::connect(&instance, &SingleInstance::filesReceived, &inbox, &HandOverInbox::receive, Qt::QueuedConnection);
+    // The launch's own files too, once the main loop runs, so that a later
+    // hand-over cannot arrive inside one of their alerts.
+    if (!files.isEmpty())
+        QMetaObject::invokeMethod(&inbox, [&inbox, files] { inbox.receive(files); }, Qt::QueuedConnection);
     if (instance.isListening())
         trace(QStringLiteral("listening ") + instance.socketName());
     return app.exec();

@@ -22,12 +22,14 @@ bool isPdfName(const QString& path)
     return QFileInfo(path).suffix().compare(QLatin1String("pdf"), Qt::CaseInsensitive) == 0;
 }
 
-// The local path of a file URL, none for any other URL.
+// The local path of a file URL, none for any other URL. A host name
+// ("localhost", or the machine's name as drag protocols write it) is not part
+// of the path; QUrl::toLocalFile would make it "//host/…", a network share.
 std::optional<QString> filePathOf(const QUrl& url)
 {
     if (!url.isValid() || !url.isLocalFile())
         return std::nullopt;
-    const QString path = url.toLocalFile();
+    const QString path = url.path(QUrl::FullyDecoded);
     if (path.isEmpty())
         return std::nullopt;
     return QDir::cleanPath(path);

@@ -65,9 +65,8 @@ QString AppModel::portablePath(const QString& file, const QString& showPath)
 
 std::optional<QString> AppModel::resolveShowItem(const SavedShowItem& item, const QString& showPath)
 {
-    // item.bookmark cannot be resolved here (see the top of this file).
-    if (item.path.isEmpty())
-        return std::nullopt;
+    // item.bookmark cannot be resolved here (see the top of this file). An
+    // empty path is the show's own folder: readable, but no PDF to open.
     const QString candidate = item.path.startsWith(u'/')
         ? QDir::cleanPath(item.path)
         : QDir::cleanPath(QFileInfo(showPath).absoluteDir().filePath(item.path));
@@ -176,8 +175,10 @@ void AppModel::openShow(const QString& path)
             services_.dialogs->warning(L10n::t(QString::fromLatin1(key)), text);
     };
 
+    // Only a regular file: a pipe would block the console until something
+    // writes to it, and a device might never end.
     QFile file(showPath);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(showPath).isFile() || !file.open(QIODevice::ReadOnly)) {
         alert("alert.show_read", fileName);
         return;
     }
@@ -198,7 +199,8 @@ void AppModel::openShow(const QString& path)
     for (const SavedShowItem& item : show->items) {
         const auto resolved = resolveShowItem(item, showPath);
         if (!resolved) {
-            missing << QFileInfo(item.path).fileName();
+            // "gone/" is named "gone", as the last part of the path.
+            missing << QFileInfo(QDir::cleanPath(item.path)).fileName();
             continue;
         }
         auto entry = makeEntry(*resolved);

@@ -1,10 +1,14 @@
+#include "app/HandOverInbox.h"
 #include "app/SingleInstance.h"
 #include "support/TestPdf.h"
 
 #include <QDir>
+#include <QEventLoop>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QThread>
+#include <QTimer>
 #include <QtEndian>
 #include <QtTest>
 
@@ -175,6 +179,49 @@ private slots:
         RawClient client(name);
         QVERIFY(client.send(SingleInstance::encode({"/a.pdf"})));
         QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, patience);
+    }
+
+    // Files that arrive while an alert or panel runs its own loop wait until
+    // the operation behind it has finished, then come in order.
+    void handedOverFilesWaitForTheDialogToClose()
+    {
+        const int mainLevel = QThread::currentThread()->loopLevel();
+        QStringList events;
+        HandOverInbox* inbox = nullptr;
+        HandOverInbox box(
+            [&](const QStringList& paths) {
+                events << "take " + paths.join(u',');
+                if (paths == QStringList{"/a.pdf"}) {
+                    // Taking a.pdf raises an alert; b.pdf is handed over meanwhile.
+                    QEventLoop alert;
+                    QTimer::singleShot(0, &alert, [&] {
+                        inbox->receive({"/b.pdf"});
+                        alert.quit();
+                    });
+                    alert.exec();
+                    events << "alert closed";
+                }
+            },
+            mainLevel);
+        inbox = &box;
+
+        box.receive({"/a.pdf"});
+        QCOMPARE(events, (QStringList{"take /a.pdf", "alert closed", "take /b.pdf"}));
+        QVERIFY(!box.isHolding());
+
+        // Handed over while a panel is up: held, then taken in order.
+        events.clear();
+        QEventLoop panel;
+        QTimer::singleShot(0, &panel, [&] {
+            box.receive({"/c.pdf", "/d.pdf"});
+            box.receive({"/e.pdf"});
+            panel.quit();
+        });
+        panel.exec();
+        QVERIFY(events.isEmpty());
+        QVERIFY(box.isHolding());
+        QTRY_COMPARE_WITH_TIMEOUT(events, (QStringList{"take /c.pdf,/d.pdf", "take /e.pdf"}), patience);
+        QVERIFY(!box.isHolding());
     }
 
     void aSecondLaunchHandsItsFilesToTheRunningProgram()

@@ -215,6 +215,10 @@ private slots:
         QCOMPARE(parse(QString("a.pdf")), std::nullopt);
         QCOMPARE(parse(QString("https://example.com/a.pdf")), std::nullopt);
         QCOMPARE(parse(QString("  \n")), std::nullopt);
+        // A host in a file URL (drag protocols write the machine's name) is
+        // not part of the path.
+        QCOMPARE(parse(QString("file://localhost/tmp/a.pdf")), std::optional<QString>("/tmp/a.pdf"));
+        QCOMPARE(parse(QByteArray("file://stage-mac/tmp/a%20b.pdf")), std::optional<QString>("/tmp/a b.pdf"));
 
         // Data: a URL's encoded form, else UTF-8 text without control characters.
         QCOMPARE(parse(QByteArray("file:///tmp/caf%C3%A9.pdf")), std::optional<QString>("/tmp/café.pdf"));
@@ -233,6 +237,10 @@ private slots:
         both.setText("/tmp/ignored.pdf");
         QCOMPARE(fileURLs(&both), (QStringList{"/tmp/a.pdf", "/tmp/c"}));
 
+        QMimeData withHost;
+        withHost.setData("text/uri-list", "file://stage-mac/tmp/Deck%202.pdf\r\n");
+        QCOMPARE(fileURLs(&withHost), QStringList{"/tmp/Deck 2.pdf"});
+
         QMimeData webOnly;
         webOnly.setUrls({QUrl("https://example.com/b.pdf")});
         webOnly.setText("/tmp/from text.pdf\n");
@@ -247,8 +255,10 @@ private slots:
     void commandLineArgumentsBecomeAbsolutePaths()
     {
         const QStringList paths = DocumentIntake::argumentPaths(
-            {"deck.pdf", "../shows/gig.brelvonic", "/abs/./b.pdf", "file:///tmp/My%20Deck.pdf", ""}, "/home/op/talks");
-        QCOMPARE(paths, (QStringList{"/home/op/talks/deck.pdf", "/home/op/shows/gig.brelvonic", "/abs/b.pdf", "/tmp/My Deck.pdf"}));
+            {"deck.pdf", "../shows/gig.brelvonic", "/abs/./b.pdf", "file:///tmp/My%20Deck.pdf", "", "file://localhost/tmp/c.pdf"},
+            "/home/op/talks");
+        QCOMPARE(paths, (QStringList{"/home/op/talks/deck.pdf", "/home/op/shows/gig.brelvonic", "/abs/b.pdf", "/tmp/My Deck.pdf",
+                                     "/tmp/c.pdf"}));
     }
 };
 

@@ -6,8 +6,14 @@
 
 #include <QtTest>
 
+#include <atomic>
 #include <functional>
 #include <limits>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 // Show files on real files in a temporary folder: the coded form, saving,
 // opening, and what survives each kind of bad file.
@@ -276,6 +282,42 @@ private slots:
         QVERIFY(model.playlist().empty());
     }
 
+    // Only regular files are read: a pipe would hold the console until some
+    // program writes to it, a device could feed it without end.
+    void aShowThatIsNoRegularFileIsNotRead()
+    {
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        const QString pipe = root.filePath("pipe.brelvonic");
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        QVERIFY(QFile::link("/dev/null", root.filePath("device.brelvonic")));
+
+        // Should the pipe be opened anyway, this writer lets the test end.
+        std::atomic<bool> done{false};
+        std::thread writer([&] {
+            while (!done) {
+                const int fd = ::open(QFile::encodeName(pipe).constData(), O_WRONLY | O_NONBLOCK);
+                if (fd >= 0) {
+                    ::close(fd);
+                    return;
+                }
+                std::this_thread::yield();
+            }
+        });
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.openShow(pipe);
+        model.openShow(root.filePath("device.brelvonic"));
+        done = true;
+        writer.join();
+
+        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
+        QCOMPARE(platform.dialogs->alerts[0].title, QString("Couldn’t read the show"));
+        QCOMPARE(platform.dialogs->alerts[0].text, QString("pipe.brelvonic"));
+        QCOMPARE(platform.dialogs->alerts[1].title, QString("Couldn’t read the show"));
+        QCOMPARE(platform.dialogs->alerts[1].text, QString("device.brelvonic"));
+    }
+
     void noteNamesParseAsSignedDecimalIntegers()
     {
         SavedShowItem coded = item("a.pdf");
@@ -377,6 +419,48 @@ private slots:
         QCOMPARE(model.plannedDuration(), 0.0);
     }
 
+    // Settings equal to the current ones are not written: their observers
+    // (output window, frame publisher) see no change.
+    void equalSettingsDoNotNotify()
+    {
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        pdfIn(root, "a.pdf");
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({root.filePath("a.pdf")});
+        const QString same = root.filePath("same.brelvonic");
+        model.saveShow(same);
+        SavedShow other = sampleShow();
+        other.items = {item("a.pdf")};
+        const QString different = root.filePath("different.brelvonic");
+        QVERIFY(writeAll(different, other.encode()));
+
+        const auto settingsChange = [&](const QString& showPath) {
+            bool changed = false;
+            const auto tracker = obs::withTracking(
+                [&] {
+                    (void)model.aspect();
+                    (void)model.contentFit();
+                    (void)model.customWidth();
+                    (void)model.customHeight();
+                    (void)model.transitionStyle();
+                    (void)model.transitionDuration();
+                    (void)model.plannedDuration();
+                    (void)model.hideOutputCursor();
+                    (void)model.markColor();
+                },
+                [&] { changed = true; });
+            model.openShow(showPath);
+            return changed;
+        };
+        QVERIFY(!settingsChange(same));
+        QCOMPARE(model.playlist().size(), std::size_t(1));
+        QVERIFY(settingsChange(different));
+        QVERIFY(!settingsChange(different));
+        QVERIFY(platform.dialogs->alerts.empty());
+    }
+
     void aShowMovedWithItsPdfsOpensAgain()
     {
         QTemporaryDir first;
@@ -471,6 +555,29 @@ private slots:
         QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
         QCOMPARE(platform.dialogs->alerts[1].text, QString("empty.brelvonic"));
         QCOMPARE(urls(model), (QStringList{loaded}));
+    }
+
+    // Hand-edited paths: an empty one means the show's folder, which is no
+    // PDF; a trailing slash still names the last part. No alert goes blank.
+    void handEditedPathsAreNamedByTheirLastPart()
+    {
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        QVERIFY(root.mkpath("Shows"));
+        SavedShow show = sampleShow();
+        show.items = {item(""), item("gone/")};
+        const QString showPath = root.filePath("Shows/odd.brelvonic");
+        QVERIFY(writeAll(showPath, show.encode()));
+
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.openShow(showPath);
+        QVERIFY(model.playlist().empty());
+        QVERIFY(!platform.dialogs->alerts.empty());
+        for (const auto& alert : platform.dialogs->alerts)
+            QVERIFY2(!alert.text.trimmed().isEmpty(), qPrintable(alert.title));
+        QCOMPARE(platform.dialogs->alerts.back().title, QString("Show files not found"));
+        QCOMPARE(platform.dialogs->alerts.back().text, QString("gone"));
     }
 
     void aFailedSaveKeepsTheEarlierFile()
