@@ -184,6 +184,9 @@ public:
     // launch: a show file wins, folders give their PDFs, and a set that is
     // already loaded grows instead of being replaced.
     void ingestDroppedURLs(const QStringList& paths);
+    // A file chosen from the recent files: a show opens as a show, anything
+    // else becomes a set of that one file.
+    void openRecentFile(const QString& path);
 
     // ---- Stage annotation ----
     void undoAnnotation();

@@ -220,3 +220,11 @@ void AppModel::ingestDroppedURLs(const QStringList& paths)
     else
         appendToPlaylist(files);
 }
+
+void AppModel::openRecentFile(const QString& path)
+{
+    if (isShowFile(path))
+        openShow(path);
+    else
+        replacePlaylist({path});
+}

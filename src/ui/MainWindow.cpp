@@ -10,6 +10,7 @@
 #include <QDragLeaveEvent>
 #include <QDragMoveEvent>
 #include <QDropEvent>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
@@ -39,6 +40,9 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     addCommand(fileMenu_, QStringLiteral("open.folder_ellipsis"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
                [this] { model_.presentFolderPanel(); });
     addCommand(fileMenu_, QStringLiteral("add.to_set_ellipsis"), {}, [this] { model_.presentAddToPlaylistPanel(); });
+    recentMenu_ = fileMenu_->addMenu(QString());
+    // Filled as it opens: always the current list, in the current language.
+    connect(recentMenu_, &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
     addCommand(fileMenu_, QStringLiteral("close.document"), {}, [this] { model_.closeDocument(); },
                [this] { return model_.document() != nullptr; });
     fileMenu_->addSeparator();
@@ -68,6 +72,7 @@ void MainWindow::update()
     (void)model_.interfaceLanguage();
     fileMenu_->setTitle(L10n::t(QStringLiteral("files")));
     showMenu_->setTitle(L10n::t(QStringLiteral("menu.show")));
+    recentMenu_->setTitle(L10n::t(QStringLiteral("recent")));
     for (const Command& command : commands_) {
         command.action->setText(L10n::t(command.key));
         command.action->setEnabled(!command.enabled || command.enabled());
@@ -81,6 +86,23 @@ void MainWindow::update()
     if (!model_.jumpBuffer().isEmpty())
         text += QStringLiteral("  ·  → ") + model_.jumpBuffer();
     pageLabel_->setText(text);
+}
+
+void MainWindow::fillRecentMenu()
+{
+    recentMenu_->clear();
+    const QStringList recent = model_.recentFiles();
+    if (recent.isEmpty()) {
+        recentMenu_->addAction(L10n::t(QStringLiteral("recent.empty")))->setEnabled(false);
+        return;
+    }
+    for (const QString& path : recent) {
+        QAction* item = recentMenu_->addAction(QFileInfo(path).fileName());
+        connect(item, &QAction::triggered, this, [this, path] { model_.openRecentFile(path); }, Qt::QueuedConnection);
+    }
+    recentMenu_->addSeparator();
+    QAction* clear = recentMenu_->addAction(L10n::t(QStringLiteral("clear")));
+    connect(clear, &QAction::triggered, this, [this] { model_.clearRecentFiles(); }, Qt::QueuedConnection);
 }
 
 QAction* MainWindow::addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut,

@@ -33,11 +33,14 @@ private:
     QAction* addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut, std::function<void()> run,
                         std::function<bool()> enabled = {});
     void update();
+    // The recent files, or the one disabled "No recent files" line.
+    void fillRecentMenu();
 
     AppModel& model_;
     StageCanvas* slide_;
     QLabel* pageLabel_;
     QMenu* fileMenu_;
+    QMenu* recentMenu_;
     QMenu* showMenu_;
     std::vector<Command> commands_;
     obs::Follower* follower_;

@@ -145,6 +145,31 @@ private slots:
         QCOMPARE(setNames(model), QStringList{"song.pdf"});
     }
 
+    // A recent show opens as a show; a recent PDF replaces even a loaded set
+    // (unlike a drop, which grows it).
+    void recentFilesOpenAsShowOrAsASetOfOne()
+    {
+        DropFixture fixture;
+        const QString show = fixture.folder.file("gig.Brelvonic");
+        {
+            FakePlatform platform;
+            AppModel saved(platform.services());
+            saved.replacePlaylist({fixture.folder.pdf("song.pdf", 2)});
+            saved.saveShow(show);
+        }
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({fixture.a});
+        model.openRecentFile(show);
+        QCOMPARE(setNames(model), QStringList{"song.pdf"});
+        QCOMPARE(model.showFileURL(), std::optional<QString>(show));
+
+        model.openRecentFile(fixture.a);
+        QCOMPARE(setNames(model), QStringList{"a.pdf"});
+        QVERIFY(!model.showFileURL());
+        QVERIFY(platform.dialogs->alerts.empty());
+    }
+
     void openPanelsReplaceOrAppendAndCancelDoesNothing()
     {
         TestFolder folder;

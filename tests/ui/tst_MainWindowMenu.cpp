@@ -5,6 +5,7 @@
 
 #include <QAction>
 #include <QFile>
+#include <QMenu>
 #include <QtTest>
 
 namespace {
@@ -100,6 +101,44 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(setNames(model), (QStringList{"Song 2", "Song 10"}), 10000);
         QCOMPARE(model.showFileURL(), std::optional<QString>(show));
         QVERIFY(platform.dialogs->alerts.empty());
+    }
+
+    // The Recents submenu lists the recent files by name, opens one, and
+    // clears the list; an empty list shows one disabled line.
+    void recentMenuListsOpensAndClears()
+    {
+        FakePlatform platform;
+        AppModel model(platform.services());
+        MainWindow window(model);
+        window.show();
+        TestFolder folder;
+        const QString a = folder.pdf("a.pdf", 1);
+        const QString b = folder.pdf("b.pdf", 2);
+        model.replacePlaylist({a});
+        model.replacePlaylist({b});
+
+        QMenu* recent = nullptr;
+        for (QMenu* menu : window.findChildren<QMenu*>())
+            if (menu->title() == QStringLiteral("Recents"))
+                recent = menu;
+        QVERIFY(recent);
+        const auto texts = [recent] {
+            emit recent->aboutToShow();
+            QStringList list;
+            for (QAction* action : recent->actions())
+                list << (action->isSeparator() ? QStringLiteral("-") : action->text());
+            return list;
+        };
+        QCOMPARE(texts(), (QStringList{"b.pdf", "a.pdf", "-", "Clear"}));
+
+        recent->actions().at(1)->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(setNames(model), QStringList{"a"}, 10000);
+
+        texts();
+        recent->actions().constLast()->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(model.recentFiles().isEmpty(), 10000);
+        QCOMPARE(texts(), QStringList{"No recent files"});
+        QVERIFY(!recent->actions().constFirst()->isEnabled());
     }
 };
 
