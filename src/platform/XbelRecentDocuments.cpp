@@ -142,9 +142,15 @@ Store readStore(const QString& file)
 bool writeStore(const QString& file, const Store& store)
 {
     QDir().mkpath(QFileInfo(file).absolutePath());
+    const bool isNew = !QFileInfo::exists(file);
     QSaveFile out(file);
     if (!out.open(QIODevice::WriteOnly))
         return false;
+    // What the operator opened is nobody else's business: a store made here
+    // is private, as the desktop's own writers make it. An existing one keeps
+    // its mode.
+    if (isNew)
+        out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") + store.rootTag + u'\n';
     for (const Entry& e : store.entries)
         text += QStringLiteral("  ") + e.raw + u'\n';

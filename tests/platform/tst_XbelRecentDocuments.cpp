@@ -188,6 +188,28 @@ private slots:
         QVERIFY(bookmarkText(store, "old.pdf").isEmpty());
     }
 
+    void aNewStoreIsPrivateAndAnOldOneKeepsItsMode()
+    {
+        // The list tells what the operator opened: like the desktop's own
+        // writers, a store made here is readable by its owner only.
+        const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup
+            | QFileDevice::ReadOther | QFileDevice::WriteOther;
+        const QString made = dir.filePath("private/recently-used.xbel");
+        XbelRecentDocuments fresh(made);
+        fresh.note(dir.filePath("a.pdf"));
+        QVERIFY(QFile::exists(made));
+        QCOMPARE(QFile::permissions(made) & others, QFileDevice::Permissions());
+        QVERIFY(QFile::permissions(made) & QFileDevice::ReadOwner);
+
+        // A store that someone chose to share stays shared.
+        const QString shared = dir.filePath("shared.xbel");
+        write(shared, othersStore);
+        QFile::setPermissions(shared, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup);
+        XbelRecentDocuments kept(shared);
+        kept.note(dir.filePath("b.pdf"));
+        QCOMPARE(QFile::permissions(shared) & others, QFileDevice::Permissions(QFileDevice::ReadGroup));
+    }
+
     void listHoldsTheTenNewest()
     {
         XbelRecentDocuments recents(dir.filePath("ten.xbel"));
