@@ -188,6 +188,43 @@ private slots:
         QVERIFY(bookmarkText(store, "old.pdf").isEmpty());
     }
 
+    void othersItemsWithoutApplicationsTakeOurRegistration()
+    {
+        // Items that no program is registered with: one with metadata but no
+        // applications, one with no info at all.
+        const QString store = dir.filePath("bare.xbel");
+        const QString listed = dir.filePath("listed.pdf");
+        const QString plain = dir.filePath("plain.pdf");
+        QString text = QString::fromUtf8(othersStore);
+        text.replace("</xbel>",
+                     "  <bookmark href=\"" + QUrl::fromLocalFile(listed).toString()
+                         + "\" added=\"2026-01-04T10:00:00Z\" modified=\"2026-01-04T10:00:00Z\" "
+                           "visited=\"2026-01-04T10:00:00Z\">\n    <title>Listed</title>\n    <info>\n"
+                           "      <metadata owner=\"http://freedesktop.org\">\n"
+                           "        <mime:mime-type type=\"application/pdf\"/>\n      </metadata>\n    </info>\n"
+                           "  </bookmark>\n"
+                           "  <bookmark href=\"" + QUrl::fromLocalFile(plain).toString()
+                         + "\" added=\"2026-01-04T10:00:00Z\" modified=\"2026-01-04T10:00:00Z\" "
+                           "visited=\"2026-01-04T10:00:00Z\"/>\n</xbel>");
+        write(store, text.toUtf8());
+        QVERIFY(wellFormed(store));
+
+        XbelRecentDocuments recents(store);
+        recents.note(listed);
+        recents.note(plain);
+        QVERIFY(wellFormed(store));
+        QCOMPARE(recents.list(), (QStringList{plain, listed}));
+        QVERIFY(bookmarkText(store, "listed.pdf").contains("<title>Listed</title>"));
+        QVERIFY(bookmarkText(store, "plain.pdf").contains("application/pdf"));
+
+        // Clearing takes our registration back out and leaves the items.
+        recents.clear();
+        QVERIFY(wellFormed(store));
+        QVERIFY(recents.list().isEmpty());
+        QVERIFY(read(store).contains("<title>Listed</title>"));
+        QVERIFY(read(store).contains("name=\"Writer\""));
+    }
+
     void aNewStoreIsPrivateAndAnOldOneKeepsItsMode()
     {
         // The list tells what the operator opened: like the desktop's own
