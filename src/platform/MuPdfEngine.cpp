@@ -197,11 +197,12 @@ struct DocState {
     std::map<int, fz_display_list*> lists;
 
     // Rendered images, most recent first, at most `keepRecent` of each box
-    // size, and renders in flight.
+    // size and `keepTotal` in all, and renders in flight.
     std::mutex cacheMutex;
     std::list<std::pair<RenderKey, ImagePtr>> recent;
     std::map<RenderKey, std::shared_future<ImagePtr>> inFlight;
     static constexpr std::size_t keepRecent = 8;
+    static constexpr std::size_t keepTotal = 3 * keepRecent;
 
     ~DocState()
     {
@@ -302,10 +303,13 @@ struct DocState {
         const auto sameBox = [&](const auto& entry) {
             return std::get<1>(entry.first) == std::get<1>(key) && std::get<2>(entry.first) == std::get<2>(key);
         };
-        if (std::size_t(std::count_if(recent.begin(), recent.end(), sameBox)) <= keepRecent)
-            return;
-        const auto oldest = std::find_if(recent.rbegin(), recent.rend(), sameBox);
-        recent.erase(std::next(oldest).base());
+        if (std::size_t(std::count_if(recent.begin(), recent.end(), sameBox)) > keepRecent) {
+            const auto oldest = std::find_if(recent.rbegin(), recent.rend(), sameBox);
+            recent.erase(std::next(oldest).base());
+        }
+        // Renders at many sizes (a window being resized) stay bounded too.
+        if (recent.size() > keepTotal)
+            recent.pop_back();
     }
 
     bool isCachedOrInFlight(const RenderKey& key)

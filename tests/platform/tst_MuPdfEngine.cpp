@@ -142,6 +142,16 @@ private slots:
         QCOMPARE(doc->render(1, slide), ahead);
     }
 
+    void rendersAtManySizesDoNotPileUp()
+    {
+        // A window resized live asks for a new size at every step.
+        auto doc = openOk(engine, folder.pdf("sizes.pdf", 1));
+        const auto first = doc->render(0, QSize(100, 100));
+        for (int width = 101; width < 141; ++width)
+            QVERIFY(doc->render(0, QSize(width, 100)));
+        QVERIFY(doc->render(0, QSize(100, 100)) != first);
+    }
+
     void rendersFromTwoThreadsAtOnce()
     {
         auto doc = openOk(engine, folder.pdf("threads.pdf", 6));
