@@ -50,11 +50,20 @@ std::optional<QString> AppModel::upcomingLabel() const
     return std::nullopt;
 }
 
+namespace {
+// Page `index` of `doc`, or none when the document lacks it: a page held by
+// the freeze may be past the end of the file the operator has moved into.
+std::optional<PdfPage> pageOf(const PdfDocumentPtr& doc, int index)
+{
+    if (!doc || index < 0 || index >= doc->pageCount())
+        return std::nullopt;
+    return PdfPage{doc, index};
+}
+}
+
 std::optional<PdfPage> AppModel::outgoingPage() const
 {
-    if (const auto& doc = document.peek())
-        return PdfPage{doc, outputPageIndex()};
-    return std::nullopt;
+    return pageOf(document.peek(), outputPageIndex());
 }
 
 ImagePtr AppModel::renderSlide(const PdfPage& page) const
@@ -139,12 +148,8 @@ void AppModel::toggleFreeze()
         return;
     }
     isFrozen.set(false);
-    if (pageIndex.peek() != frozenPageIndex.peek()) {
-        std::optional<PdfPage> held;
-        if (const auto& doc = document.peek())
-            held = PdfPage{doc, frozenPageIndex.peek()};
-        startTransition(held);
-    }
+    if (pageIndex.peek() != frozenPageIndex.peek())
+        startTransition(pageOf(document.peek(), frozenPageIndex.peek()));
 }
 
 void AppModel::appendJumpDigit(const QString& digit)

@@ -32,6 +32,8 @@ class Observers {
 public:
     void registerRead() const;
     void notify();
+    // Registrations held, spent ones included until they are dropped.
+    std::size_t size() const { return trackers_.size(); }
 
 private:
     mutable std::vector<std::weak_ptr<Tracker>> trackers_;
@@ -81,6 +83,9 @@ public:
         std::forward<F>(change)(value_);
         observers_.notify();
     }
+
+    // How many readers are registered (for tests).
+    std::size_t readerCount() const { return observers_.size(); }
 
     // A side effect run on every assignment through `set`, equal or not.
     void setAssignHook(std::function<void(const T&)> hook) { onAssign_ = std::move(hook); }

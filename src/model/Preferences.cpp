@@ -4,18 +4,21 @@
 #include "platform/PreferencesStore.h"
 #include "platform/RecentDocuments.h"
 
+#include <cmath>
 #include <limits>
 
 namespace {
 
 // Values come back from the store as text (INI files) or typed; read both.
+// "inf" and "nan" parse as numbers but are none: an endless fade would keep
+// the old slide on the output for good.
 std::optional<double> toDouble(const QVariant& v)
 {
     if (!v.isValid())
         return std::nullopt;
     bool ok = false;
     const double d = v.toDouble(&ok);
-    return ok ? std::optional<double>(d) : std::nullopt;
+    return ok && std::isfinite(d) ? std::optional<double>(d) : std::nullopt;
 }
 
 std::optional<qlonglong> toInteger(const QVariant& v)

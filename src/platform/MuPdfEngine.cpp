@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <array>
 #include <condition_variable>
 #include <future>
@@ -195,11 +196,13 @@ struct DocState {
     std::vector<fz_rect> bounds;
     std::map<int, fz_display_list*> lists;
 
-    // Rendered images, most recent first, and renders in flight.
+    // Rendered images, most recent first, at most `keepRecent` of each box
+    // size and `keepTotal` in all, and renders in flight.
     std::mutex cacheMutex;
     std::list<std::pair<RenderKey, ImagePtr>> recent;
     std::map<RenderKey, std::shared_future<ImagePtr>> inFlight;
     static constexpr std::size_t keepRecent = 8;
+    static constexpr std::size_t keepTotal = 3 * keepRecent;
 
     ~DocState()
     {
@@ -284,14 +287,29 @@ struct DocState {
         {
             std::lock_guard guard(cacheMutex);
             inFlight.erase(key);
-            if (image) {
-                recent.emplace_front(key, image);
-                if (recent.size() > keepRecent)
-                    recent.pop_back();
-            }
+            if (image)
+                remember(key, image);
         }
         promise.set_value(image);
         return image;
+    }
+
+    // Keeps the image as the newest of its box size. Each size has its own
+    // quota, so a run of thumbnails never pushes out the slide rendered ahead.
+    // Called with `cacheMutex` held.
+    void remember(const RenderKey& key, const ImagePtr& image)
+    {
+        recent.emplace_front(key, image);
+        const auto sameBox = [&](const auto& entry) {
+            return std::get<1>(entry.first) == std::get<1>(key) && std::get<2>(entry.first) == std::get<2>(key);
+        };
+        if (std::size_t(std::count_if(recent.begin(), recent.end(), sameBox)) > keepRecent) {
+            const auto oldest = std::find_if(recent.rbegin(), recent.rend(), sameBox);
+            recent.erase(std::next(oldest).base());
+        }
+        // Renders at many sizes (a window being resized) stay bounded too.
+        if (recent.size() > keepTotal)
+            recent.pop_back();
     }
 
     bool isCachedOrInFlight(const RenderKey& key)

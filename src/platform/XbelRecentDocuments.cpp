@@ -142,9 +142,15 @@ Store readStore(const QString& file)
 bool writeStore(const QString& file, const Store& store)
 {
     QDir().mkpath(QFileInfo(file).absolutePath());
+    const bool isNew = !QFileInfo::exists(file);
     QSaveFile out(file);
     if (!out.open(QIODevice::WriteOnly))
         return false;
+    // What the operator opened is nobody else's business: a store made here
+    // is private, as the desktop's own writers make it. An existing one keeps
+    // its mode.
+    if (isNew)
+        out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") + store.rootTag + u'\n';
     for (const Entry& e : store.entries)
         text += QStringLiteral("  ") + e.raw + u'\n';
@@ -168,12 +174,17 @@ const QRegularExpression& ourApplication()
     return re;
 }
 
-QString newBookmark(const QString& path, const QString& when)
+QString mimeTypeOf(const QString& path)
 {
     static QMimeDatabase mimes;
-    QString type = mimes.mimeTypeForFile(path, QMimeDatabase::MatchExtension).name();
     if (path.endsWith(QStringLiteral(".brelvonic"), Qt::CaseInsensitive))
-        type = QStringLiteral("application/x-brelvonic-show");
+        return QStringLiteral("application/x-brelvonic-show");
+    return mimes.mimeTypeForFile(path, QMimeDatabase::MatchExtension).name();
+}
+
+QString newBookmark(const QString& path, const QString& when)
+{
+    const QString type = mimeTypeOf(path);
     const QString href = QString::fromUtf8(QUrl::fromLocalFile(path).toEncoded());
     return QStringLiteral(
                "<bookmark href=\"%1\" added=\"%2\" modified=\"%2\" visited=\"%2\">\n"
@@ -205,14 +216,59 @@ QString touched(QString raw, const QString& when)
     return tag + raw.mid(tagEnd);
 }
 
-// Takes this program's registration out of a bookmark; false when no other
-// program is left registered with it, so the bookmark goes.
+// Adds our registration to another program's bookmark, making the list of
+// applications, the desktop's metadata or the info block where it has none.
+void addOurRegistration(QString& raw, const QString& path, const QString& when)
+{
+    const QString application = applicationElement(when, 1);
+    const qsizetype list = raw.indexOf(QStringLiteral("</bookmark:applications>"));
+    if (list >= 0) {
+        raw.insert(list, QStringLiteral("  ") + application + QStringLiteral("\n        "));
+        return;
+    }
+    const QString applications = QStringLiteral("<bookmark:applications>\n          ") + application
+        + QStringLiteral("\n        </bookmark:applications>\n      ");
+    static const QRegularExpression desktopMetadata(
+        QStringLiteral("<metadata\\s[^>]*owner=\"http://freedesktop.org\"[^>]*[^/]>"));
+    if (const auto open = desktopMetadata.match(raw); open.hasMatch()) {
+        const qsizetype close = raw.indexOf(QStringLiteral("</metadata>"), open.capturedEnd());
+        if (close >= 0) {
+            raw.insert(close, QStringLiteral("  ") + applications);
+            return;
+        }
+    }
+    const QString metadata = QStringLiteral("<metadata owner=\"http://freedesktop.org\">\n        <mime:mime-type type=\"%1\"/>\n        ")
+                                 .arg(escaped(mimeTypeOf(path)))
+        + applications + QStringLiteral("</metadata>\n    ");
+    const qsizetype info = raw.indexOf(QStringLiteral("</info>"));
+    if (info >= 0) {
+        raw.insert(info, QStringLiteral("  ") + metadata);
+        return;
+    }
+    const QString block = QStringLiteral("\n    <info>\n      ") + metadata + QStringLiteral("</info>\n  ");
+    if (raw.endsWith(QStringLiteral("/>"))) {
+        raw.chop(2);
+        raw += u'>' + block + QStringLiteral("</bookmark>");
+    } else {
+        raw.insert(raw.lastIndexOf(QStringLiteral("</bookmark>")), block);
+    }
+}
+
+// Takes this program's registration out of a bookmark; false when the
+// bookmark then holds nothing of anyone else (no other program registered,
+// no title, note or foreign metadata), so it goes.
 bool dropOurRegistration(Entry& e)
 {
     e.raw.remove(ourApplication());
     e.ours = false;
     static const QRegularExpression anyApplication(QStringLiteral("<[\\w.-]*:?application\\s"));
-    return e.raw.contains(anyApplication);
+    if (e.raw.contains(anyApplication))
+        return true;
+    // What is left when only the structure this program writes is taken away.
+    static const QRegularExpression ourStructure(QStringLiteral(
+        "<bookmark\\s[^>]*>|</bookmark>|<info>|</info>|<metadata\\s+owner=\"http://freedesktop.org\"\\s*>|</metadata>"
+        "|<mime:mime-type\\s[^>]*/>|<bookmark:applications>|</bookmark:applications>|\\s"));
+    return !QString(e.raw).remove(ourStructure).isEmpty();
 }
 
 // A damaged store lists nothing of ours; the repair that the next write makes
@@ -260,10 +316,7 @@ void XbelRecentDocuments::note(const QString& path)
         it->raw = touched(it->raw, when);
     } else {
         // Another program's item: add our registration beside theirs.
-        const qsizetype close = it->raw.indexOf(QStringLiteral("</bookmark:applications>"));
-        if (close < 0)
-            return;
-        it->raw.insert(close, QStringLiteral("  ") + applicationElement(when, 1) + QStringLiteral("\n        "));
+        addOurRegistration(it->raw, absolute, when);
         it->raw = touched(it->raw, when);
     }
     writeStore(storePath_, store);

@@ -114,6 +114,7 @@ private slots:
         model.start();
         model.start();
         QCOMPARE(platform.activity->reasons.size(), std::size_t(1));
+        QCOMPARE(platform.screens->handlersSet, 1);
         platform.screens->changed();
         QCOMPARE(platform.scheduler->queued(), std::size_t(1));
     }

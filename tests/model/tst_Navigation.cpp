@@ -224,6 +224,27 @@ private slots:
         QCOMPARE(model.transitionProgress(), 1.0);
     }
 
+    void unfreezingWhereTheHeldPageIsGoneCuts()
+    {
+        // Frozen on page 8 of the long file, the operator pages on into a
+        // two-page file: that file has no page 8 to fade from.
+        FakePlatform platform;
+        AppModel model(platform.services());
+        model.replacePlaylist({ten, two});
+        model.goToPage(7);
+        model.toggleFreeze();
+        model.goToPage(9);
+        model.goToNextSlide();
+        platform.scheduler->runAll();
+        QCOMPARE(model.pageCount(), 2);
+        QCOMPARE(model.frozenPageIndex(), 7);
+        model.toggleFreeze();
+        QVERIFY(!model.isFrozen());
+        QVERIFY(!model.outgoingSlideImage());
+        QCOMPARE(model.transitionProgress(), 1.0);
+        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
+    }
+
     void frozenMoveIntoAnotherFileStillReplacesThePicture()
     {
         FakePlatform platform;

@@ -234,6 +234,7 @@ private slots:
             auto tracker = obs::withTracking([&] { (void)value(); (void)trigger(); }, [] {});
             trigger.set(i + 1);
         }
+        QVERIFY2(value.readerCount() <= 16, qPrintable(QString::number(value.readerCount())));
         int told = 0;
         auto tracker = obs::withTracking([&] { (void)value(); }, [&] { ++told; });
         value.set(1);

@@ -1,9 +1,49 @@
 #include "model/AppModel.h"
 #include "l10n/L10n.h"
+#include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
+
+namespace {
+
+// The real engine, counting the thumbnail renders of its documents.
+class CountingEngine final : public PdfEngine {
+public:
+    int thumbnailRenders = 0;
+
+    std::variant<PdfDocumentPtr, PdfOpenError> open(const QString& path) override
+    {
+        auto opened = engine_.open(path);
+        if (auto* doc = std::get_if<PdfDocumentPtr>(&opened))
+            return PdfDocumentPtr(std::make_shared<Document>(*doc, thumbnailRenders));
+        return opened;
+    }
+
+private:
+    class Document final : public PdfDocument {
+    public:
+        Document(PdfDocumentPtr inner, int& count) : inner_(std::move(inner)), count_(count) {}
+        QString path() const override { return inner_->path(); }
+        int pageCount() const override { return inner_->pageCount(); }
+        QSizeF pageSize(int index) const override { return inner_->pageSize(index); }
+        std::shared_ptr<const QImage> render(int index, QSize box) const override
+        {
+            if (box == QSize(320, 320))
+                ++count_;
+            return inner_->render(index, box);
+        }
+
+    private:
+        PdfDocumentPtr inner_;
+        int& count_;
+    };
+
+    MuPdfEngine engine_;
+};
+
+}
 
 class PlaylistTest : public QObject {
     Q_OBJECT
@@ -410,12 +450,27 @@ private slots:
     void renderStopsWhenTheModelIsGone()
     {
         TestFolder folder;
+        const QString deck = folder.pdf("a.pdf", 20);
         FakePlatform platform;
+        auto engine = std::make_shared<CountingEngine>();
+        PlatformServices services = platform.services();
+        services.pdf = engine;
         {
-            AppModel model(platform.services());
-            model.replacePlaylist({folder.pdf("a.pdf", 20)});
+            // Gone before the render began: it never starts.
+            AppModel model(services);
+            model.replacePlaylist({deck});
         }
-        platform.scheduler->runAll();  // must not touch the destroyed model
+        platform.scheduler->runAll();
+        QCOMPARE(engine->thumbnailRenders, 0);
+        {
+            // Gone after the first batch: the rest is never drawn.
+            AppModel model(services);
+            model.replacePlaylist({deck});
+            platform.scheduler->runNext();
+            QCOMPARE(engine->thumbnailRenders, 6);
+        }
+        platform.scheduler->runAll();
+        QCOMPARE(engine->thumbnailRenders, 6);
         QCOMPARE(platform.scheduler->queued(), std::size_t(0));
     }
 };

@@ -5,6 +5,8 @@
 
 #include <QtTest>
 
+#include <limits>
+
 class PreferencesTest : public QObject {
     Q_OBJECT
 
@@ -139,6 +141,32 @@ private slots:
         // An unknown language is replaced by the detected one, and written back.
         QCOMPARE(model.interfaceLanguage(), AppLanguage::english);
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("en"));
+    }
+
+    void numbersThatAreNotFiniteAreNotNumbers()
+    {
+        // A hand-edited settings file: "inf" would make every fade endless
+        // and the remaining time of a plan meaningless.
+        FakePlatform platform;
+        auto& v = platform.preferences->values;
+        v["transitionDuration"] = "inf";
+        v["plannedDuration"] = "inf";
+        v["markRed"] = "nan";
+        v["markGreen"] = 0.5;
+        AppModel model(platform.services());
+        model.start();
+        QCOMPARE(model.transitionDuration(), 0.45);
+        QCOMPARE(model.plannedDuration(), 0.0);
+        QCOMPARE(model.markColor(), MarkColor{});
+
+        FakePlatform typed;
+        typed.preferences->values["transitionDuration"] = std::numeric_limits<double>::infinity();
+        typed.preferences->values["markRed"] = 0.25;
+        typed.preferences->values["markBlue"] = -std::numeric_limits<double>::infinity();
+        AppModel other(typed.services());
+        other.start();
+        QCOMPARE(other.transitionDuration(), 0.45);
+        QCOMPARE(other.markColor(), (MarkColor{0.25, 0, 0}));
     }
 
     void firstRunOnAGermanSystemStoresGerman()

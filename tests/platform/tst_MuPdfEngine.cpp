@@ -128,6 +128,30 @@ private slots:
         }
     }
 
+    void thumbnailsDoNotPushOutTheAheadRender()
+    {
+        // Loading a deck renders the slide after the current one ahead and
+        // then every thumbnail; the next press must still find that slide.
+        auto doc = openOk(engine, folder.pdf("deck.pdf", 20));
+        const QSize slide(1920, 1080);
+        doc->prefetch(1, slide);
+        const auto ahead = doc->render(1, slide);
+        QVERIFY(ahead);
+        for (int i = 0; i < doc->pageCount(); ++i)
+            QVERIFY(doc->render(i, QSize(320, 320)));
+        QCOMPARE(doc->render(1, slide), ahead);
+    }
+
+    void rendersAtManySizesDoNotPileUp()
+    {
+        // A window resized live asks for a new size at every step.
+        auto doc = openOk(engine, folder.pdf("sizes.pdf", 1));
+        const auto first = doc->render(0, QSize(100, 100));
+        for (int width = 101; width < 141; ++width)
+            QVERIFY(doc->render(0, QSize(width, 100)));
+        QVERIFY(doc->render(0, QSize(100, 100)) != first);
+    }
+
     void rendersFromTwoThreadsAtOnce()
     {
         auto doc = openOk(engine, folder.pdf("threads.pdf", 6));

@@ -188,6 +188,65 @@ private slots:
         QVERIFY(bookmarkText(store, "old.pdf").isEmpty());
     }
 
+    void othersItemsWithoutApplicationsTakeOurRegistration()
+    {
+        // Items that no program is registered with: one with metadata but no
+        // applications, one with no info at all.
+        const QString store = dir.filePath("bare.xbel");
+        const QString listed = dir.filePath("listed.pdf");
+        const QString plain = dir.filePath("plain.pdf");
+        QString text = QString::fromUtf8(othersStore);
+        text.replace("</xbel>",
+                     "  <bookmark href=\"" + QUrl::fromLocalFile(listed).toString()
+                         + "\" added=\"2026-01-04T10:00:00Z\" modified=\"2026-01-04T10:00:00Z\" "
+                           "visited=\"2026-01-04T10:00:00Z\">\n    <title>Listed</title>\n    <info>\n"
+                           "      <metadata owner=\"http://freedesktop.org\">\n"
+                           "        <mime:mime-type type=\"application/pdf\"/>\n      </metadata>\n    </info>\n"
+                           "  </bookmark>\n"
+                           "  <bookmark href=\"" + QUrl::fromLocalFile(plain).toString()
+                         + "\" added=\"2026-01-04T10:00:00Z\" modified=\"2026-01-04T10:00:00Z\" "
+                           "visited=\"2026-01-04T10:00:00Z\"/>\n</xbel>");
+        write(store, text.toUtf8());
+        QVERIFY(wellFormed(store));
+
+        XbelRecentDocuments recents(store);
+        recents.note(listed);
+        recents.note(plain);
+        QVERIFY(wellFormed(store));
+        QCOMPARE(recents.list(), (QStringList{plain, listed}));
+        QVERIFY(bookmarkText(store, "listed.pdf").contains("<title>Listed</title>"));
+        QVERIFY(bookmarkText(store, "plain.pdf").contains("application/pdf"));
+
+        // Clearing takes our registration back out and leaves the items.
+        recents.clear();
+        QVERIFY(wellFormed(store));
+        QVERIFY(recents.list().isEmpty());
+        QVERIFY(read(store).contains("<title>Listed</title>"));
+        QVERIFY(read(store).contains("name=\"Writer\""));
+    }
+
+    void aNewStoreIsPrivateAndAnOldOneKeepsItsMode()
+    {
+        // The list tells what the operator opened: like the desktop's own
+        // writers, a store made here is readable by its owner only.
+        const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup
+            | QFileDevice::ReadOther | QFileDevice::WriteOther;
+        const QString made = dir.filePath("private/recently-used.xbel");
+        XbelRecentDocuments fresh(made);
+        fresh.note(dir.filePath("a.pdf"));
+        QVERIFY(QFile::exists(made));
+        QCOMPARE(QFile::permissions(made) & others, QFileDevice::Permissions());
+        QVERIFY(QFile::permissions(made) & QFileDevice::ReadOwner);
+
+        // A store that someone chose to share stays shared.
+        const QString shared = dir.filePath("shared.xbel");
+        write(shared, othersStore);
+        QFile::setPermissions(shared, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup);
+        XbelRecentDocuments kept(shared);
+        kept.note(dir.filePath("b.pdf"));
+        QCOMPARE(QFile::permissions(shared) & others, QFileDevice::Permissions(QFileDevice::ReadGroup));
+    }
+
     void listHoldsTheTenNewest()
     {
         XbelRecentDocuments recents(dir.filePath("ten.xbel"));

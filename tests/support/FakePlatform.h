@@ -75,10 +75,15 @@ public:
     std::vector<PlatformScreen> list;
     std::optional<uint32_t> mainId;
     std::function<void()> handler;
+    int handlersSet = 0;  // how often a change handler was installed
 
     std::vector<PlatformScreen> screens() const override { return list; }
     std::optional<uint32_t> mainDisplayId() const override { return mainId; }
-    void setChangeHandler(std::function<void()> h) override { handler = std::move(h); }
+    void setChangeHandler(std::function<void()> h) override
+    {
+        handler = std::move(h);
+        ++handlersSet;
+    }
     // Simulates the platform reporting a change.
     void changed()
     {
