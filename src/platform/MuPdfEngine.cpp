@@ -365,8 +365,9 @@ std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path
     const QFileInfo info(path);
     if (!info.exists())
         return PdfOpenError{QStringLiteral("The file does not exist.")};
+    // A folder named x.pdf, or a pipe or device that would block the read.
     if (!info.isFile())
-        return PdfOpenError{QStringLiteral("This is a folder, not a PDF file.")};
+        return PdfOpenError{QStringLiteral("This is not a regular file.")};
     if (info.size() == 0)
         return PdfOpenError{QStringLiteral("The file is empty.")};
     if (!base_->context)

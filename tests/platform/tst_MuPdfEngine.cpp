@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+#include <sys/stat.h>
+
 #include <thread>
 
 namespace {
@@ -101,6 +103,8 @@ private slots:
                  QVERIFY(!TestPdf::opensWithPassword(p, "guess"));
              }},
             {"folder.pdf", [](const QString& p) { QDir().mkpath(p); }},
+            // A pipe would block a read for ever: it must be refused unread.
+            {"pipe.pdf", [](const QString& p) { QVERIFY(::mkfifo(QFile::encodeName(p).constData(), 0600) == 0); }},
         };
         for (const auto& c : cases) {
             const QString path = folder.file(c.name);
