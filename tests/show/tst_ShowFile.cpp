@@ -1,8 +1,6 @@
 #include "l10n/L10n.h"
-#include "model/AppModel.h"
 #include "show/SavedShow.h"
-#include "support/FakePlatform.h"
-#include "support/TestPdf.h"
+#include "support/TestSession.h"
 
 #include <QtTest>
 
@@ -42,24 +40,8 @@ class ShowFileTest : public QObject {
         return out;
     }
 
-    static QStringList urls(const AppModel& model)
-    {
-        QStringList out;
-        for (const auto& entry : model.playlist())
-            out << entry.url;
-        return out;
-    }
-
-    static QString pdfIn(const QDir& dir, const QString& relative, int pages = 3)
-    {
-        const QString path = dir.filePath(relative);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        TestPdf::write(path, pages, TestPdf::widescreen, relative);
-        return path;
-    }
-
     // A show as the program writes it, with settings that differ from the defaults.
-    static SavedShow sampleShow()
+    static SavedShow sampleShow(const std::vector<SavedShowItem>& items = {})
     {
         SavedShow show;
         show.aspect = "r4x3";
@@ -73,6 +55,7 @@ class ShowFileTest : public QObject {
         show.markRed = 0.2;
         show.markGreen = 0.25;
         show.markBlue = 1;
+        show.items = items;
         return show;
     }
 
@@ -86,25 +69,21 @@ class ShowFileTest : public QObject {
 private slots:
     void pathsAreRelativeOnlyBelowTheShowFolder()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        const QString a = pdfIn(root, "Shows/slides/a.pdf");
-        const QString b = pdfIn(root, "Other/b.pdf");
-        const QString c = pdfIn(root, "Shows2/c.pdf");
-        model.replacePlaylist({a, b, c});
-        const QString show = root.filePath("Shows/gig.brelvonic");
-        model.saveShow(show);
+        TestSession s;
+        const QString b = s.pdf("Other/b.pdf");
+        const QString c = s.pdf("Shows2/c.pdf");
+        s.model.replacePlaylist({s.pdf("Shows/slides/a.pdf"), b, c});
+        const QString show = s.file("Shows/gig.brelvonic");
+        s.model.saveShow(show);
 
-        QVERIFY(platform.dialogs->alerts.empty());
+        QVERIFY(s.alerts().isEmpty());
         QCOMPARE(itemPaths(show), (QStringList{"slides/a.pdf", b, c}));
         QVERIFY(QDir::isAbsolutePath(b));
         // No bookmarks are made on this platform, so the key is left out.
         for (const auto& value : readJson(show).value("items").toArray())
             QVERIFY(!value.toObject().contains("bookmark"));
-        QCOMPARE(model.showFileURL(), std::optional<QString>(show));
-        QCOMPARE(model.recentFiles().value(0), show);
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(show));
+        QCOMPARE(s.model.recentFiles().value(0), show);
 
         // The prefix test works on the cleaned paths and includes the slash.
         QCOMPARE(AppModel::portablePath("/Shows2/x.pdf", "/Shows/gig.brelvonic"), QString("/Shows2/x.pdf"));
@@ -114,20 +93,17 @@ private slots:
 
     void encodingIsSortedOneMemberPerLineAndByteStable()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({pdfIn(root, "a.pdf", 6), pdfIn(root, "b.pdf")});
-        model.addBookmark("Chorus", 4);
-        model.addBookmark("Intro", 0);
-        model.goToPage(2);
-        model.setCurrentNote(" Pause ");
-        model.saveShow(root.filePath("one.brelvonic"));
-        model.saveShow(root.filePath("two.brelvonic"));
-        const QByteArray first = readAll(root.filePath("one.brelvonic"));
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("a.pdf", 6), s.pdf("b.pdf")});
+        s.model.addBookmark("Chorus", 4);
+        s.model.addBookmark("Intro", 0);
+        s.model.goToPage(2);
+        s.model.setCurrentNote(" Pause ");
+        s.model.saveShow(s.file("one.brelvonic"));
+        s.model.saveShow(s.file("two.brelvonic"));
+        const QByteArray first = readAll(s.file("one.brelvonic"));
         QVERIFY(!first.isEmpty());
-        QCOMPARE(readAll(root.filePath("two.brelvonic")), first);
+        QCOMPARE(readAll(s.file("two.brelvonic")), first);
 
         // Members of every object in name order, each on its own line.
         const QStringList keys{"aspect", "contentFit", "customHeight", "customWidth", "formatVersion",
@@ -145,25 +121,24 @@ private slots:
         for (const QByteArray& line : first.split('\n'))
             QVERIFY2(line.count("\": ") <= 1, line.constData());
 
-        const QJsonObject json = readJson(root.filePath("one.brelvonic"));
+        const QJsonObject json = readJson(s.file("one.brelvonic"));
         QCOMPARE(json.value("formatVersion").toInteger(), qint64(1));
         const QJsonObject firstItem = json.value("items").toArray().at(0).toObject();
         QCOMPARE(firstItem.value("notes").toObject(), (QJsonObject{{"2", " Pause "}}));
         const QJsonArray cues = firstItem.value("cues").toArray();
         QCOMPARE(cues.size(), 2);
         const QString id = cues.at(0).toObject().value("id").toString();
-        QCOMPARE(id, model.playlist()[0].cues[0].id.toString(QUuid::WithoutBraces).toUpper());
+        QCOMPARE(id, s.model.playlist()[0].cues[0].id.toString(QUuid::WithoutBraces).toUpper());
         QCOMPARE(cues.at(1).toObject().value("title").toString(), QString("Chorus"));
     }
 
     void recordsSurviveEncodeAndDecode()
     {
-        SavedShow show = sampleShow();
         SavedShowItem first = item("slides/a.pdf");
         first.bookmark = QByteArray("\x00\x01\xfe bookmark", 12);
         first.cues = {{QUuid::createUuid(), 4, "Chorus"}, {QUuid::createUuid(), 0, "Intro"}};
         first.notes = {{"0", "Lights down"}, {"4", " Pause "}};
-        show.items = {first, item("/elsewhere/b.pdf")};
+        const SavedShow show = sampleShow({first, item("/elsewhere/b.pdf")});
         const auto decoded = SavedShow::decode(show.encode());
         QVERIFY(decoded);
         QCOMPARE(*decoded, show);
@@ -183,38 +158,30 @@ private slots:
     void damagedFilesAreRejected_data()
     {
         QTest::addColumn<QByteArray>("json");
-        const QJsonObject good = QJsonDocument::fromJson([] {
-            SavedShow show = sampleShow();
-            SavedShowItem one = item("a.pdf");
-            one.cues = {{QUuid::createUuid(), 1, "Intro"}};
-            one.notes = {{"1", "note"}};
-            show.items = {one};
-            return show.encode();
-        }()).object();
+        SavedShowItem one = item("a.pdf");
+        one.cues = {{QUuid::createUuid(), 1, "Intro"}};
+        one.notes = {{"1", "note"}};
+        const QJsonObject good = QJsonDocument::fromJson(sampleShow({one}).encode()).object();
         QVERIFY(SavedShow::decode(QJsonDocument(good).toJson()));
 
+        // Each edit works on a copy of the good show, its first item or that item's first cue.
         const auto changed = [&](const std::function<void(QJsonObject&)>& edit) {
             QJsonObject root = good;
             edit(root);
             return QJsonDocument(root).toJson();
         };
+        const auto inFirst = [](QJsonObject& parent, const char* key, const std::function<void(QJsonObject&)>& edit) {
+            QJsonArray list = parent.value(key).toArray();
+            QJsonObject first = list.at(0).toObject();
+            edit(first);
+            list[0] = first;
+            parent.insert(key, list);
+        };
         const auto changedItem = [&](const std::function<void(QJsonObject&)>& edit) {
-            return changed([&](QJsonObject& root) {
-                QJsonArray items = root.value("items").toArray();
-                QJsonObject first = items.at(0).toObject();
-                edit(first);
-                items[0] = first;
-                root.insert("items", items);
-            });
+            return changed([&](QJsonObject& root) { inFirst(root, "items", edit); });
         };
         const auto changedCue = [&](const std::function<void(QJsonObject&)>& edit) {
-            return changedItem([&](QJsonObject& itemObject) {
-                QJsonArray cues = itemObject.value("cues").toArray();
-                QJsonObject cue = cues.at(0).toObject();
-                edit(cue);
-                cues[0] = cue;
-                itemObject.insert("cues", cues);
-            });
+            return changedItem([&](QJsonObject& itemObject) { inFirst(itemObject, "cues", edit); });
         };
 
         QTest::newRow("not json") << QByteArray("{\"aspect\": ");
@@ -247,50 +214,32 @@ private slots:
         QVERIFY(!SavedShow::decode(json));
 
         // Opening it alerts and leaves the loaded set and settings alone.
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({pdfIn(root, "a.pdf")});
-        model.saveShow(root.filePath("before.brelvonic"));
-        const auto playlist = model.playlist();
-        const auto recents = model.recentFiles();
-        const QString damaged = root.filePath("damaged.brelvonic");
-        QVERIFY(writeAll(damaged, json));
-        model.openShow(damaged);
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
-        QCOMPARE(platform.dialogs->alerts[0].title, QString("Damaged show file"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QString("damaged.brelvonic"));
-        QCOMPARE(model.playlist(), playlist);
-        QCOMPARE(model.aspect(), AspectMode::fillDisplay);
-        QCOMPARE(model.showFileURL(), std::optional<QString>(root.filePath("before.brelvonic")));
-        QCOMPARE(model.recentFiles(), recents);
-    }
-
-    void unreadableShowFileAlertsWithItsName()
-    {
-        QTemporaryDir tmp;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.openShow(QDir(tmp.path()).filePath("gone.brelvonic"));
-        QDir(tmp.path()).mkdir("folder.brelvonic");
-        model.openShow(QDir(tmp.path()).filePath("folder.brelvonic"));
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
-        QCOMPARE(platform.dialogs->alerts[0].title, QString("Couldn’t read the show"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QString("gone.brelvonic"));
-        QCOMPARE(platform.dialogs->alerts[1].text, QString("folder.brelvonic"));
-        QVERIFY(model.playlist().empty());
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("a.pdf")});
+        s.model.saveShow(s.file("before.brelvonic"));
+        const auto playlist = s.model.playlist();
+        const auto recents = s.model.recentFiles();
+        QVERIFY(writeAll(s.file("damaged.brelvonic"), json));
+        s.model.openShow(s.file("damaged.brelvonic"));
+        QCOMPARE(s.alerts(), QStringList{"Damaged show file: damaged.brelvonic"});
+        QCOMPARE(s.model.playlist(), playlist);
+        QCOMPARE(s.model.aspect(), AspectMode::fillDisplay);
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(s.file("before.brelvonic")));
+        QCOMPARE(s.model.recentFiles(), recents);
     }
 
     // Only regular files are read: a pipe would hold the console until some
-    // program writes to it, a device could feed it without end.
+    // program writes to it, a device could feed it without end. Each alerts
+    // with its name, as do a missing show and a folder.
     void aShowThatIsNoRegularFileIsNotRead()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        const QString pipe = root.filePath("pipe.brelvonic");
+        TestSession s;
+        const QString pipe = s.file("pipe.brelvonic");
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        QVERIFY(QFile::link("/dev/null", root.filePath("device.brelvonic")));
+        QVERIFY(QFile::link("/dev/null", s.file("device.brelvonic")));
+        QVERIFY(QDir().mkpath(s.file("folder.brelvonic")));
+        s.model.openShow(s.file("gone.brelvonic"));
+        s.model.openShow(s.file("folder.brelvonic"));
 
         // Should the pipe be opened anyway, this writer lets the test end.
         std::atomic<bool> done{false};
@@ -304,18 +253,16 @@ private slots:
                 std::this_thread::yield();
             }
         });
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.openShow(pipe);
-        model.openShow(root.filePath("device.brelvonic"));
+        s.model.openShow(pipe);
+        s.model.openShow(s.file("device.brelvonic"));
         done = true;
         writer.join();
 
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
-        QCOMPARE(platform.dialogs->alerts[0].title, QString("Couldn’t read the show"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QString("pipe.brelvonic"));
-        QCOMPARE(platform.dialogs->alerts[1].title, QString("Couldn’t read the show"));
-        QCOMPARE(platform.dialogs->alerts[1].text, QString("device.brelvonic"));
+        QStringList expected;
+        for (const char* name : {"gone", "folder", "pipe", "device"})
+            expected << QString("Couldn’t read the show: %1.brelvonic").arg(name);
+        QCOMPARE(s.alerts(), expected);
+        QVERIFY(s.model.playlist().empty());
     }
 
     void noteNamesParseAsSignedDecimalIntegers()
@@ -340,59 +287,53 @@ private slots:
 
     void aShowOpensWithItsSetCuesNotesAndSettings()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        const QString a = pdfIn(root, "Shows/slides/a.pdf", 6);
-        const QString b = pdfIn(root, "Other/b.pdf", 2);
-        SavedShow show = sampleShow();
+        TestSession s;
+        const QString a = s.pdf("Shows/slides/a.pdf", 6);
+        const QString b = s.pdf("Other/b.pdf", 2);
         SavedShowItem first = item("slides/a.pdf");
         // Written out of order: opening sorts by page, keeping equal pages in file order.
         const QUuid later = QUuid::createUuid();
         const QUuid earlier = QUuid::createUuid();
         first.cues = {{later, 5, "Outro"}, {earlier, 1, "Verse"}, {QUuid::createUuid(), 1, "Verse again"}};
         first.notes = {{"1", "Breathe"}, {"x", "dropped"}};
-        show.items = {first, item(b)};
-        const QString showPath = root.filePath("Shows/gig.brelvonic");
-        QVERIFY(writeAll(showPath, show.encode()));
+        const QString showPath = s.file("Shows/gig.brelvonic");
+        QVERIFY(writeAll(showPath, sampleShow({first, item(b)}).encode()));
 
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.annotationUndo.set({AnnotationUndo{}});
-        model.openShow(showPath);
-        QVERIFY(platform.dialogs->alerts.empty());
-        QCOMPARE(urls(model), (QStringList{a, b}));
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.documentURL(), std::optional<QString>(a));
-        const auto& cues = model.playlist()[0].cues;
+        s.model.annotationUndo.set({AnnotationUndo{}});
+        s.model.openShow(showPath);
+        QVERIFY(s.alerts().isEmpty());
+        QCOMPARE(s.paths(), (QStringList{a, b}));
+        QCOMPARE(s.model.playlistIndex(), 0);
+        QCOMPARE(s.model.pageIndex(), 0);
+        QCOMPARE(s.model.documentURL(), std::optional<QString>(a));
+        const auto& cues = s.model.playlist()[0].cues;
         QCOMPARE(cues.size(), std::size_t(3));
         QCOMPARE(cues[0].id, earlier);
         QCOMPARE(cues[1].title, QString("Verse again"));
         QCOMPARE(cues[2].id, later);
-        QCOMPARE(model.playlist()[0].notesByPage, (std::map<qint64, QString>{{1, "Breathe"}}));
-        QVERIFY(model.playlist()[1].cues.empty());
-        QCOMPARE(model.aspect(), AspectMode::r4x3);
-        QCOMPARE(model.contentFit(), ContentFit::cover);
-        QCOMPARE(model.customWidth(), 1280);
-        QCOMPARE(model.customHeight(), 720);
-        QCOMPARE(model.transitionStyle(), TransitionStyle::none);
-        QCOMPARE(model.transitionDuration(), 0.8);
-        QCOMPARE(model.plannedDuration(), 2700.0);
-        QCOMPARE(model.hideOutputCursor(), false);
-        QCOMPARE(model.markColor(), (MarkColor{0.2, 0.25, 1}));
-        QCOMPARE(model.showFileURL(), std::optional<QString>(showPath));
-        QVERIFY(model.annotationUndo().empty());
-        QVERIFY(model.timerStartedAt());
-        QCOMPARE(model.recentFiles().value(0), showPath);
-        QCOMPARE(platform.preferences->values.value("aspect").toString(), QString("r4x3"));
+        QCOMPARE(s.model.playlist()[0].notesByPage, (std::map<qint64, QString>{{1, "Breathe"}}));
+        QVERIFY(s.model.playlist()[1].cues.empty());
+        QCOMPARE(s.model.aspect(), AspectMode::r4x3);
+        QCOMPARE(s.model.contentFit(), ContentFit::cover);
+        QCOMPARE(s.model.customWidth(), 1280);
+        QCOMPARE(s.model.customHeight(), 720);
+        QCOMPARE(s.model.transitionStyle(), TransitionStyle::none);
+        QCOMPARE(s.model.transitionDuration(), 0.8);
+        QCOMPARE(s.model.plannedDuration(), 2700.0);
+        QCOMPARE(s.model.hideOutputCursor(), false);
+        QCOMPARE(s.model.markColor(), (MarkColor{0.2, 0.25, 1}));
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(showPath));
+        QVERIFY(s.model.annotationUndo().empty());
+        QVERIFY(s.model.timerStartedAt());
+        QCOMPARE(s.model.recentFiles().value(0), showPath);
+        QCOMPARE(s.platform.preferences->values.value("aspect").toString(), QString("r4x3"));
     }
 
     void settingsTheModelCannotTakeKeepTheirValues()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        pdfIn(root, "a.pdf");
-        SavedShow show = sampleShow();
+        TestSession s;
+        s.pdf("a.pdf");
+        SavedShow show = sampleShow({item("a.pdf")});
         show.aspect = "r5x4";
         show.contentFit = "stretch";
         show.customWidth = 0;
@@ -400,42 +341,33 @@ private slots:
         show.transitionStyle = "wipe";
         show.transitionDuration = 0;
         show.plannedDuration = 0;
-        show.items = {item("a.pdf")};
-        const QString showPath = root.filePath("odd.brelvonic");
-        QVERIFY(writeAll(showPath, show.encode()));
+        QVERIFY(writeAll(s.file("odd.brelvonic"), show.encode()));
 
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.aspect.set(AspectMode::r16x10);
-        model.plannedDuration.set(600);
-        model.openShow(showPath);
-        QCOMPARE(model.playlist().size(), std::size_t(1));
-        QCOMPARE(model.aspect(), AspectMode::r16x10);
-        QCOMPARE(model.contentFit(), ContentFit::contain);
-        QCOMPARE(model.customWidth(), 1920);
-        QCOMPARE(model.customHeight(), 1080);
-        QCOMPARE(model.transitionStyle(), TransitionStyle::fade);
-        QCOMPARE(model.transitionDuration(), 0.45);
-        QCOMPARE(model.plannedDuration(), 0.0);
+        s.model.aspect.set(AspectMode::r16x10);
+        s.model.plannedDuration.set(600);
+        s.model.openShow(s.file("odd.brelvonic"));
+        QCOMPARE(s.model.playlist().size(), std::size_t(1));
+        QCOMPARE(s.model.aspect(), AspectMode::r16x10);
+        QCOMPARE(s.model.contentFit(), ContentFit::contain);
+        QCOMPARE(s.model.customWidth(), 1920);
+        QCOMPARE(s.model.customHeight(), 1080);
+        QCOMPARE(s.model.transitionStyle(), TransitionStyle::fade);
+        QCOMPARE(s.model.transitionDuration(), 0.45);
+        QCOMPARE(s.model.plannedDuration(), 0.0);
     }
 
     // Settings equal to the current ones are not written: their observers
     // (output window, frame publisher) see no change.
     void equalSettingsDoNotNotify()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        pdfIn(root, "a.pdf");
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({root.filePath("a.pdf")});
-        const QString same = root.filePath("same.brelvonic");
-        model.saveShow(same);
-        SavedShow other = sampleShow();
-        other.items = {item("a.pdf")};
-        const QString different = root.filePath("different.brelvonic");
-        QVERIFY(writeAll(different, other.encode()));
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("a.pdf")});
+        const QString same = s.file("same.brelvonic");
+        s.model.saveShow(same);
+        const QString different = s.file("different.brelvonic");
+        QVERIFY(writeAll(different, sampleShow({item("a.pdf")}).encode()));
 
+        auto& model = s.model;
         const auto settingsChange = [&](const QString& showPath) {
             bool changed = false;
             const auto tracker = obs::withTracking(
@@ -458,235 +390,197 @@ private slots:
         QCOMPARE(model.playlist().size(), std::size_t(1));
         QVERIFY(settingsChange(different));
         QVERIFY(!settingsChange(different));
-        QVERIFY(platform.dialogs->alerts.empty());
+        QVERIFY(s.alerts().isEmpty());
     }
 
     void aShowMovedWithItsPdfsOpensAgain()
     {
-        QTemporaryDir first;
-        QTemporaryDir second;
-        const QDir from(first.path());
-        const QDir to(second.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({pdfIn(from, "Shows/slides/a.pdf", 4), pdfIn(from, "Shows/b.pdf", 2)});
-        model.addBookmark("Intro", 3);
-        model.saveShow(from.filePath("Shows/gig.brelvonic"));
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("Shows/slides/a.pdf", 4), s.pdf("Shows/b.pdf", 2)});
+        s.model.addBookmark("Intro", 3);
+        s.model.saveShow(s.file("Shows/gig.brelvonic"));
 
-        QVERIFY(to.mkpath("Moved/slides"));
+        // Into another temporary folder, opened by another model.
+        TestSession moved;
+        QVERIFY(QDir().mkpath(moved.file("Moved/slides")));
         for (const QString& name : QStringList{"gig.brelvonic", "slides/a.pdf", "b.pdf"})
-            QVERIFY(QFile::rename(from.filePath(QString("Shows/") + name), to.filePath(QString("Moved/") + name)));
-
-        FakePlatform other;
-        AppModel reopened(other.services());
-        reopened.openShow(to.filePath("Moved/gig.brelvonic"));
-        QVERIFY(other.dialogs->alerts.empty());
-        QCOMPARE(urls(reopened), (QStringList{to.filePath("Moved/slides/a.pdf"), to.filePath("Moved/b.pdf")}));
-        QCOMPARE(reopened.playlist()[0].cues.size(), std::size_t(1));
-        QCOMPARE(reopened.playlist()[0].cues[0].title, QString("Intro"));
-        QCOMPARE(reopened.pageCount(), 4);
+            QVERIFY(QFile::rename(s.file("Shows/" + name), moved.file("Moved/" + name)));
+        moved.model.openShow(moved.file("Moved/gig.brelvonic"));
+        QVERIFY(moved.alerts().isEmpty());
+        QCOMPARE(moved.paths(), (QStringList{moved.file("Moved/slides/a.pdf"), moved.file("Moved/b.pdf")}));
+        QCOMPARE(moved.model.playlist()[0].cues.size(), std::size_t(1));
+        QCOMPARE(moved.model.playlist()[0].cues[0].title, QString("Intro"));
+        QCOMPARE(moved.model.pageCount(), 4);
     }
 
     void missingPdfsAreLeftOutAndNamed()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        const QString a = pdfIn(root, "a.pdf");
-        const QString b = pdfIn(root, "sub/b.pdf");
-        const QString c = pdfIn(root, "c.pdf");
-        model.replacePlaylist({a, b, c});
-        const QString showPath = root.filePath("gig.brelvonic");
-        model.saveShow(showPath);
+        TestSession s;
+        const QString a = s.pdf("a.pdf");
+        const QString b = s.pdf("sub/b.pdf");
+        const QString c = s.pdf("c.pdf");
+        s.model.replacePlaylist({a, b, c});
+        const QString showPath = s.file("gig.brelvonic");
+        s.model.saveShow(showPath);
         QVERIFY(QFile::remove(b));
 
-        FakePlatform other;
-        AppModel reopened(other.services());
-        reopened.openShow(showPath);
-        QCOMPARE(urls(reopened), (QStringList{a, c}));
-        QCOMPARE(reopened.playlistIndex(), 0);
-        QCOMPARE(reopened.pageIndex(), 0);
-        QCOMPARE(reopened.showFileURL(), std::optional<QString>(showPath));
-        QCOMPARE(other.dialogs->alerts.size(), std::size_t(1));
-        QCOMPARE(other.dialogs->alerts[0].title, QString("Some PDFs were not found"));
-        QCOMPARE(other.dialogs->alerts[0].text, QString("b.pdf"));
+        TestSession reopened;
+        reopened.model.openShow(showPath);
+        QCOMPARE(reopened.paths(), (QStringList{a, c}));
+        QCOMPARE(reopened.model.playlistIndex(), 0);
+        QCOMPARE(reopened.model.pageIndex(), 0);
+        QCOMPARE(reopened.model.showFileURL(), std::optional<QString>(showPath));
+        QCOMPARE(reopened.alerts(), QStringList{"Some PDFs were not found: b.pdf"});
 
         // A file that is there but is no PDF is left out without being named missing.
         QVERIFY(QFile::remove(a));
         TestPdf::writeNotPdf(a);
-        FakePlatform third;
-        AppModel again(third.services());
-        again.openShow(showPath);
-        QCOMPARE(urls(again), (QStringList{c}));
-        QCOMPARE(third.dialogs->alerts.size(), std::size_t(2));
-        QCOMPARE(third.dialogs->alerts[0].title, L10n::t("alert.pdf_open"));
-        QCOMPARE(third.dialogs->alerts[1].text, QString("b.pdf"));
+        TestSession again;
+        again.model.openShow(showPath);
+        QCOMPARE(again.paths(), (QStringList{c}));
+        QCOMPARE(again.alerts().size(), qsizetype(2));
+        QCOMPARE(again.platform.dialogs->alerts[0].title, L10n::t("alert.pdf_open"));
+        QCOMPARE(again.platform.dialogs->alerts[1].text, QString("b.pdf"));
     }
 
     void aShowWithNothingToOpenChangesNothing()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        const QString loaded = pdfIn(root, "loaded.pdf");
-        model.replacePlaylist({loaded});
-        model.aspect.set(AspectMode::r1x1);
+        TestSession s;
+        const QString loaded = s.pdf("loaded.pdf");
+        s.model.replacePlaylist({loaded});
+        s.model.aspect.set(AspectMode::r1x1);
 
-        SavedShow show = sampleShow();
-        show.items = {item("gone/c.pdf"), item(root.filePath("d.pdf")), item("e.pdf")};
-        const QString showPath = root.filePath("lost.brelvonic");
-        QVERIFY(writeAll(showPath, show.encode()));
-        model.openShow(showPath);
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
-        QCOMPARE(platform.dialogs->alerts[0].title, QString("Show files not found"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QString("c.pdf\nd.pdf\ne.pdf"));
-        QCOMPARE(urls(model), (QStringList{loaded}));
-        QCOMPARE(model.aspect(), AspectMode::r1x1);
-        QCOMPARE(model.plannedDuration(), 0.0);
-        QVERIFY(!model.showFileURL());
+        SavedShow show = sampleShow({item("gone/c.pdf"), item(s.file("d.pdf")), item("e.pdf")});
+        QVERIFY(writeAll(s.file("lost.brelvonic"), show.encode()));
+        s.model.openShow(s.file("lost.brelvonic"));
+        QCOMPARE(s.alerts(), QStringList{"Show files not found: c.pdf\nd.pdf\ne.pdf"});
+        QCOMPARE(s.paths(), (QStringList{loaded}));
+        QCOMPARE(s.model.aspect(), AspectMode::r1x1);
+        QCOMPARE(s.model.plannedDuration(), 0.0);
+        QVERIFY(!s.model.showFileURL());
 
         // An empty show names the show file itself.
         show.items.clear();
-        const QString emptyShow = root.filePath("empty.brelvonic");
-        QVERIFY(writeAll(emptyShow, show.encode()));
-        model.openShow(emptyShow);
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
-        QCOMPARE(platform.dialogs->alerts[1].text, QString("empty.brelvonic"));
-        QCOMPARE(urls(model), (QStringList{loaded}));
+        QVERIFY(writeAll(s.file("empty.brelvonic"), show.encode()));
+        s.model.openShow(s.file("empty.brelvonic"));
+        QCOMPARE(s.alerts().size(), qsizetype(2));
+        QCOMPARE(s.platform.dialogs->alerts[1].text, QString("empty.brelvonic"));
+        QCOMPARE(s.paths(), (QStringList{loaded}));
     }
 
     // Hand-edited paths: an empty one means the show's folder, which is no
     // PDF; a trailing slash still names the last part. No alert goes blank.
     void handEditedPathsAreNamedByTheirLastPart()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        QVERIFY(root.mkpath("Shows"));
-        SavedShow show = sampleShow();
-        show.items = {item(""), item("gone/")};
-        const QString showPath = root.filePath("Shows/odd.brelvonic");
-        QVERIFY(writeAll(showPath, show.encode()));
-
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.openShow(showPath);
-        QVERIFY(model.playlist().empty());
-        QVERIFY(!platform.dialogs->alerts.empty());
-        for (const auto& alert : platform.dialogs->alerts)
+        TestSession s;
+        QVERIFY(QDir().mkpath(s.file("Shows")));
+        QVERIFY(writeAll(s.file("Shows/odd.brelvonic"), sampleShow({item(""), item("gone/")}).encode()));
+        s.model.openShow(s.file("Shows/odd.brelvonic"));
+        QVERIFY(s.model.playlist().empty());
+        const auto& alerts = s.platform.dialogs->alerts;
+        QVERIFY(!alerts.empty());
+        for (const auto& alert : alerts)
             QVERIFY2(!alert.text.trimmed().isEmpty(), qPrintable(alert.title));
-        QCOMPARE(platform.dialogs->alerts.back().title, QString("Show files not found"));
-        QCOMPARE(platform.dialogs->alerts.back().text, QString("gone"));
+        QCOMPARE(s.alerts().constLast(), QString("Show files not found: gone"));
     }
 
     void aFailedSaveKeepsTheEarlierFile()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({pdfIn(root, "a.pdf")});
-        const QString earlier = root.filePath("gig.brelvonic");
-        model.saveShow(earlier);
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("a.pdf")});
+        const QString earlier = s.file("gig.brelvonic");
+        s.model.saveShow(earlier);
         const QByteArray before = readAll(earlier);
-        const QStringList recents = model.recentFiles();
+        const QStringList recents = s.model.recentFiles();
 
-        model.addBookmark("Intro", 0);
-        model.saveShow(root.filePath("no such folder/gig.brelvonic"));
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
-        QCOMPARE(platform.dialogs->alerts[0].title, QString("Couldn’t save the show"));
-        QVERIFY(!platform.dialogs->alerts[0].text.isEmpty());
-        QCOMPARE(model.showFileURL(), std::optional<QString>(earlier));
-        QCOMPARE(model.recentFiles(), recents);
+        s.model.addBookmark("Intro", 0);
+        s.model.saveShow(s.file("no such folder/gig.brelvonic"));
+        const auto& alerts = s.platform.dialogs->alerts;
+        QCOMPARE(alerts.size(), std::size_t(1));
+        QCOMPARE(alerts[0].title, QString("Couldn’t save the show"));
+        QVERIFY(!alerts[0].text.isEmpty());
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(earlier));
+        QCOMPARE(s.model.recentFiles(), recents);
 
         // A folder in the way of the show cannot be replaced by it.
-        QVERIFY(root.mkpath("taken.brelvonic/inside"));
-        model.saveShow(root.filePath("taken.brelvonic"));
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(2));
-        QVERIFY(QFileInfo(root.filePath("taken.brelvonic/inside")).isDir());
+        QVERIFY(QDir().mkpath(s.file("taken.brelvonic/inside")));
+        s.model.saveShow(s.file("taken.brelvonic"));
+        QCOMPARE(alerts.size(), std::size_t(2));
+        QVERIFY(QFileInfo(s.file("taken.brelvonic/inside")).isDir());
         QCOMPARE(readAll(earlier), before);
-        QCOMPARE(model.showFileURL(), std::optional<QString>(earlier));
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(earlier));
     }
 
     void savePanelAsksOnlyWhenNeeded()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
+        TestSession s;
+        auto& dialogs = *s.platform.dialogs;
+        s.model.presentSaveShowPanel(false);
+        QCOMPARE(s.alerts(), QStringList{"Nothing to save: Open a PDF or folder first."});
+        QVERIFY(dialogs.saveRequests.empty());
 
-        model.presentSaveShowPanel(false);
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
-        QCOMPARE(platform.dialogs->alerts[0].title, QString("Nothing to save"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QString("Open a PDF or folder first."));
-        QVERIFY(platform.dialogs->saveRequests.empty());
-
-        model.replacePlaylist({pdfIn(root, "Opening Night.pdf")});
-        platform.dialogs->saveReplies.push_back(std::nullopt);
-        model.presentSaveShowPanel(false);
-        QCOMPARE(platform.dialogs->saveRequests.size(), std::size_t(1));
-        const auto& options = platform.dialogs->saveRequests[0];
+        s.model.replacePlaylist({s.pdf("Opening Night.pdf")});
+        dialogs.saveReplies.push_back(std::nullopt);
+        s.model.presentSaveShowPanel(false);
+        QCOMPARE(dialogs.saveRequests.size(), std::size_t(1));
+        const auto& options = dialogs.saveRequests[0];
         QCOMPARE(options.title, QString("Save Show"));
         QCOMPARE(options.suggestedName, QString("Opening Night"));
         QCOMPARE(options.nameFilters.size(), qsizetype(1));
         QVERIFY(options.nameFilters[0].endsWith("(*.brelvonic)"));
-        QVERIFY(!model.showFileURL());
+        QVERIFY(!s.model.showFileURL());
 
         // A name typed without the extension gets it.
-        platform.dialogs->saveReplies.push_back(root.filePath("gig"));
-        model.presentSaveShowPanel(false);
-        const QString saved = root.filePath("gig.brelvonic");
-        QCOMPARE(model.showFileURL(), std::optional<QString>(saved));
+        dialogs.saveReplies.push_back(s.file("gig"));
+        s.model.presentSaveShowPanel(false);
+        const QString saved = s.file("gig.brelvonic");
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(saved));
         QVERIFY(QFileInfo::exists(saved));
 
         // Save goes back to the same file without a panel.
-        model.addBookmark("Intro", 1);
-        model.presentSaveShowPanel(false);
-        QCOMPARE(platform.dialogs->saveRequests.size(), std::size_t(2));
+        s.model.addBookmark("Intro", 1);
+        s.model.presentSaveShowPanel(false);
+        QCOMPARE(dialogs.saveRequests.size(), std::size_t(2));
         QVERIFY(readAll(saved).contains("\"Intro\""));
 
         // Save As always asks, proposing the show's name.
-        platform.dialogs->saveReplies.push_back(root.filePath("encore.BRELVONIC"));
-        model.presentSaveShowPanel(true);
-        QCOMPARE(platform.dialogs->saveRequests.size(), std::size_t(3));
-        QCOMPARE(platform.dialogs->saveRequests[2].suggestedName, QString("gig"));
-        QCOMPARE(model.showFileURL(), std::optional<QString>(root.filePath("encore.BRELVONIC")));
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
+        dialogs.saveReplies.push_back(s.file("encore.BRELVONIC"));
+        s.model.presentSaveShowPanel(true);
+        QCOMPARE(dialogs.saveRequests.size(), std::size_t(3));
+        QCOMPARE(dialogs.saveRequests[2].suggestedName, QString("gig"));
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(s.file("encore.BRELVONIC")));
+        QCOMPARE(s.alerts().size(), qsizetype(1));
     }
 
     void openPanelOpensTheChosenShow()
     {
-        QTemporaryDir tmp;
-        const QDir root(tmp.path());
-        FakePlatform platform;
-        AppModel model(platform.services());
-        const QString a = pdfIn(root, "a.pdf");
-        model.replacePlaylist({a});
-        const QString showPath = root.filePath("Gig.Brelvonic");
-        model.saveShow(showPath);
-        model.closeDocument();
+        TestSession s;
+        const QString a = s.pdf("a.pdf");
+        s.model.replacePlaylist({a});
+        const QString showPath = s.file("Gig.Brelvonic");
+        s.model.saveShow(showPath);
+        s.model.closeDocument();
 
-        model.presentOpenShowPanel();
-        QVERIFY(model.playlist().empty());
-        platform.dialogs->openReplies.push_back({showPath});
-        model.presentOpenShowPanel();
-        QCOMPARE(platform.dialogs->openRequests.size(), std::size_t(2));
-        const auto& options = platform.dialogs->openRequests[0];
+        auto& dialogs = *s.platform.dialogs;
+        s.model.presentOpenShowPanel();
+        QVERIFY(s.model.playlist().empty());
+        dialogs.openReplies.push_back({showPath});
+        s.model.presentOpenShowPanel();
+        QCOMPARE(dialogs.openRequests.size(), std::size_t(2));
+        const auto& options = dialogs.openRequests[0];
         QCOMPARE(options.title, QString("Open Show"));
         QCOMPARE(options.prompt, QString("Open"));
         QVERIFY(!options.multiple);
         QVERIFY(!options.directories);
         QCOMPARE(options.nameFilters.size(), qsizetype(1));
         QVERIFY(options.nameFilters[0].endsWith("(*.brelvonic)"));
-        QCOMPARE(urls(model), (QStringList{a}));
-        QCOMPARE(model.showFileURL(), std::optional<QString>(showPath));
+        QCOMPARE(s.paths(), (QStringList{a}));
+        QCOMPARE(s.model.showFileURL(), std::optional<QString>(showPath));
 
         QVERIFY(AppModel::isShowFile(showPath));
         QVERIFY(AppModel::isShowFile("/x/gig.BRELVONIC"));
-        QVERIFY(!AppModel::isShowFile("/x/gig.brelvonic.pdf"));
-        QVERIFY(!AppModel::isShowFile("/x/brelvonic"));
-        QVERIFY(!AppModel::isShowFile("/x/gig.brelvonics"));
+        for (const char* other : {"/x/gig.brelvonic.pdf", "/x/brelvonic", "/x/gig.brelvonics"})
+            QVERIFY2(!AppModel::isShowFile(other), other);
     }
 };
 
