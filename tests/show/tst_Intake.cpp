@@ -1,8 +1,6 @@
 #include "l10n/L10n.h"
-#include "model/AppModel.h"
 #include "show/DocumentIntake.h"
-#include "support/FakePlatform.h"
-#include "support/TestPdf.h"
+#include "support/TestSession.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,14 +18,6 @@ QStringList fileNames(const QStringList& paths)
     return names;
 }
 
-QStringList setNames(const AppModel& model)
-{
-    QStringList urls;
-    for (const auto& entry : model.playlist())
-        urls << entry.url;
-    return fileNames(urls);
-}
-
 void writeText(const QString& path, const QByteArray& text = "not a slide")
 {
     QFile file(path);
@@ -36,24 +26,29 @@ void writeText(const QString& path, const QByteArray& text = "not a slide")
 }
 
 // a.pdf, a folder "deck" holding Slide 10.pdf, Slide 2.pdf and .hidden.pdf,
-// and notes.txt: the drop that every drop test starts from.
-struct DropFixture {
-    TestFolder folder;
-    QString a, deck, notes;
+// and notes.txt: the drop that every drop test starts from, with a model.
+struct DropFixture : TestSession {
+    QString a = pdf("a.pdf", 2);
+    QString deck = file("deck");
+    QString notes = file("notes.txt");
 
     DropFixture()
     {
-        a = folder.pdf("a.pdf", 2);
-        deck = folder.file("deck");
-        QDir().mkpath(deck);
-        folder.pdf("deck/Slide 10.pdf", 1);
-        folder.pdf("deck/Slide 2.pdf", 1);
-        folder.pdf("deck/.hidden.pdf", 1);
-        notes = folder.file("notes.txt");
+        for (const char* name : {"Slide 10.pdf", "Slide 2.pdf", ".hidden.pdf"})
+            pdf(QString("deck/") + name, 1);
         writeText(notes);
     }
     QStringList drop() const { return {a, deck, notes}; }
 };
+
+// A show of song.pdf (two pages) saved by another model.
+QString savedShow(DropFixture& fixture, const QString& name)
+{
+    TestSession other;
+    other.model.replacePlaylist({fixture.pdf("song.pdf", 2)});
+    other.model.saveShow(fixture.file(name));
+    return other.alerts().isEmpty() ? fixture.file(name) : QString();
+}
 
 }
 
@@ -81,154 +76,123 @@ private slots:
 
     void dropOntoAnEmptySetMakesTheSetInDropOrder()
     {
-        DropFixture fixture;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.ingestDroppedURLs(fixture.drop());
-        QCOMPARE(setNames(model), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf"}));
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.documentURL(), std::optional<QString>(fixture.a));
-        QVERIFY(platform.dialogs->alerts.empty());
+        DropFixture f;
+        f.model.ingestDroppedURLs(f.drop());
+        QCOMPARE(f.names(), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf"}));
+        QCOMPARE(f.model.playlistIndex(), 0);
+        QCOMPARE(f.model.documentURL(), std::optional<QString>(f.a));
+        QVERIFY(f.alerts().isEmpty());
     }
 
     void dropOntoALoadedSetAppendsAndKeepsTheCurrentSlide()
     {
-        DropFixture fixture;
-        const QString first = fixture.folder.pdf("first.pdf", 3);
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({first});
-        model.goToPage(2);
+        DropFixture f;
+        f.model.replacePlaylist({f.pdf("first.pdf", 3)});
+        f.model.goToPage(2);
         // Paths as a drop may carry them: with "." and ".." parts.
-        const QString dotted = fixture.folder.path() + "/deck/../deck/.";
-        model.ingestDroppedURLs({fixture.folder.path() + "/./a.pdf", dotted, fixture.notes});
-        QCOMPARE(setNames(model), (QStringList{"first.pdf", "a.pdf", "Slide 2.pdf", "Slide 10.pdf"}));
-        QCOMPARE(model.playlist()[1].url, fixture.a);
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.pageIndex(), 2);
+        f.model.ingestDroppedURLs({f.folder.path() + "/./a.pdf", f.folder.path() + "/deck/../deck/.", f.notes});
+        QCOMPARE(f.names(), (QStringList{"first.pdf", "a.pdf", "Slide 2.pdf", "Slide 10.pdf"}));
+        QCOMPARE(f.model.playlist()[1].url, f.a);
+        QCOMPARE(f.model.playlistIndex(), 0);
+        QCOMPARE(f.model.pageIndex(), 2);
     }
 
     void dropsWithoutPdfsChangeNothingSilently()
     {
-        TestFolder folder;
-        writeText(folder.file("notes.txt"));
-        QDir().mkpath(folder.file("empty"));
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.ingestDroppedURLs({folder.file("notes.txt"), folder.file("empty"), QString()});
-        model.ingestDroppedURLs({});
-        QVERIFY(model.playlist().empty());
-        QVERIFY(!model.document());
-        QVERIFY(platform.dialogs->alerts.empty());
+        TestSession s;
+        writeText(s.file("notes.txt"));
+        QDir().mkpath(s.file("empty"));
+        s.model.ingestDroppedURLs({s.file("notes.txt"), s.file("empty"), QString()});
+        s.model.ingestDroppedURLs({});
+        QVERIFY(s.model.playlist().empty());
+        QVERIFY(!s.model.document());
+        QVERIFY(s.alerts().isEmpty());
     }
 
     void aShowFileInADropWinsOverEverythingElse()
     {
-        DropFixture fixture;
-        const QString show = fixture.folder.file("gig.BRELVONIC");
-        {
-            FakePlatform platform;
-            AppModel saved(platform.services());
-            saved.replacePlaylist({fixture.folder.pdf("song.pdf", 2)});
-            saved.saveShow(show);
-            QVERIFY(platform.dialogs->alerts.empty());
-        }
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.ingestDroppedURLs({fixture.a, show, fixture.deck});
-        QCOMPARE(setNames(model), QStringList{"song.pdf"});
-        QCOMPARE(model.showFileURL(), std::optional<QString>(show));
+        DropFixture f;
+        const QString show = savedShow(f, "gig.BRELVONIC");
+        QVERIFY(!show.isEmpty());
+        f.model.ingestDroppedURLs({f.a, show, f.deck});
+        QCOMPARE(f.names(), QStringList{"song.pdf"});
+        QCOMPARE(f.model.showFileURL(), std::optional<QString>(show));
 
         // Also onto a loaded set: the show replaces it, nothing is appended.
-        model.replacePlaylist({fixture.a});
-        model.ingestDroppedURLs({fixture.deck, show});
-        QCOMPARE(setNames(model), QStringList{"song.pdf"});
+        f.model.replacePlaylist({f.a});
+        f.model.ingestDroppedURLs({f.deck, show});
+        QCOMPARE(f.names(), QStringList{"song.pdf"});
     }
 
     // A recent show opens as a show; a recent PDF replaces even a loaded set
     // (unlike a drop, which grows it).
     void recentFilesOpenAsShowOrAsASetOfOne()
     {
-        DropFixture fixture;
-        const QString show = fixture.folder.file("gig.Brelvonic");
-        {
-            FakePlatform platform;
-            AppModel saved(platform.services());
-            saved.replacePlaylist({fixture.folder.pdf("song.pdf", 2)});
-            saved.saveShow(show);
-        }
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({fixture.a});
-        model.openRecentFile(show);
-        QCOMPARE(setNames(model), QStringList{"song.pdf"});
-        QCOMPARE(model.showFileURL(), std::optional<QString>(show));
+        DropFixture f;
+        const QString show = savedShow(f, "gig.Brelvonic");
+        f.model.replacePlaylist({f.a});
+        f.model.openRecentFile(show);
+        QCOMPARE(f.names(), QStringList{"song.pdf"});
+        QCOMPARE(f.model.showFileURL(), std::optional<QString>(show));
 
-        model.openRecentFile(fixture.a);
-        QCOMPARE(setNames(model), QStringList{"a.pdf"});
-        QVERIFY(!model.showFileURL());
-        QVERIFY(platform.dialogs->alerts.empty());
+        f.model.openRecentFile(f.a);
+        QCOMPARE(f.names(), QStringList{"a.pdf"});
+        QVERIFY(!f.model.showFileURL());
+        QVERIFY(f.alerts().isEmpty());
     }
 
     void openPanelsReplaceOrAppendAndCancelDoesNothing()
     {
-        TestFolder folder;
-        const QString a = folder.pdf("a.pdf", 1);
-        const QString b = folder.pdf("b.pdf", 1);
-        FakePlatform platform;
-        AppModel model(platform.services());
-
-        platform.dialogs->openReplies = {{b, a}, {}, {b}, {}};
-        model.presentOpenPanel();
-        QCOMPARE(setNames(model), (QStringList{"b.pdf", "a.pdf"}));
-        const auto& open = platform.dialogs->openRequests.at(0);
+        TestSession s;
+        auto& dialogs = *s.platform.dialogs;
+        dialogs.openReplies = {{s.pdf("b.pdf", 1), s.pdf("a.pdf", 1)}, {}, {s.file("b.pdf")}, {}};
+        s.model.presentOpenPanel();
+        QCOMPARE(s.names(), (QStringList{"b.pdf", "a.pdf"}));
+        const auto& open = dialogs.openRequests.at(0);
         QCOMPARE(open.title, L10n::t("open.pdf"));
         QCOMPARE(open.prompt, L10n::t("open"));
         QVERIFY(open.multiple);
         QVERIFY(!open.directories);
         QVERIFY(open.nameFilters.join(' ').contains("*.pdf"));
 
-        model.presentOpenPanel();  // cancelled
-        QCOMPARE(setNames(model), (QStringList{"b.pdf", "a.pdf"}));
+        s.model.presentOpenPanel();  // cancelled
+        QCOMPARE(s.names(), (QStringList{"b.pdf", "a.pdf"}));
 
-        model.presentAddToPlaylistPanel();
-        QCOMPARE(setNames(model), (QStringList{"b.pdf", "a.pdf", "b.pdf"}));
-        const auto& add = platform.dialogs->openRequests.at(2);
+        s.model.presentAddToPlaylistPanel();
+        QCOMPARE(s.names(), (QStringList{"b.pdf", "a.pdf", "b.pdf"}));
+        const auto& add = dialogs.openRequests.at(2);
         QCOMPARE(add.title, L10n::t("add.to_set"));
         QCOMPARE(add.prompt, L10n::t("add"));
         QVERIFY(add.multiple);
 
-        model.presentAddToPlaylistPanel();  // cancelled
-        QCOMPARE(model.playlist().size(), std::size_t(3));
-        QVERIFY(platform.dialogs->alerts.empty());
+        s.model.presentAddToPlaylistPanel();  // cancelled
+        QCOMPARE(s.model.playlist().size(), std::size_t(3));
+        QVERIFY(s.alerts().isEmpty());
     }
 
     void folderPanelOpensTheFolderOrNamesAnEmptyOne()
     {
-        DropFixture fixture;
-        QDir().mkpath(fixture.folder.file("Empty Gig"));
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({fixture.a});
+        DropFixture f;
+        QDir().mkpath(f.file("Empty Gig"));
+        f.model.replacePlaylist({f.a});
 
-        platform.dialogs->openReplies = {{fixture.folder.file("Empty Gig")}, {fixture.deck}, {}};
-        model.presentFolderPanel();
-        const auto& request = platform.dialogs->openRequests.at(0);
+        f.platform.dialogs->openReplies = {{f.file("Empty Gig")}, {f.deck}, {}};
+        f.model.presentFolderPanel();
+        const auto& request = f.platform.dialogs->openRequests.at(0);
         QCOMPARE(request.title, L10n::t("open.folder_pdf"));
         QCOMPARE(request.prompt, L10n::t("open"));
         QVERIFY(request.directories);
         QVERIFY(!request.multiple);
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
-        QCOMPARE(platform.dialogs->alerts[0].title, L10n::t("alert.folder_empty"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QStringLiteral("Empty Gig"));
-        QCOMPARE(setNames(model), QStringList{"a.pdf"});
+        const QStringList emptyAlert{L10n::t("alert.folder_empty") + ": Empty Gig"};
+        QCOMPARE(f.alerts(), emptyAlert);
+        QCOMPARE(f.names(), QStringList{"a.pdf"});
 
-        model.presentFolderPanel();
-        QCOMPARE(setNames(model), (QStringList{"Slide 2.pdf", "Slide 10.pdf"}));
+        f.model.presentFolderPanel();
+        QCOMPARE(f.names(), (QStringList{"Slide 2.pdf", "Slide 10.pdf"}));
 
-        model.presentFolderPanel();  // cancelled
-        QCOMPARE(setNames(model), (QStringList{"Slide 2.pdf", "Slide 10.pdf"}));
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
+        f.model.presentFolderPanel();  // cancelled
+        QCOMPARE(f.names(), (QStringList{"Slide 2.pdf", "Slide 10.pdf"}));
+        QCOMPARE(f.alerts(), emptyAlert);
     }
 
     void droppedTextFormsGiveFilePaths()
