@@ -1,6 +1,4 @@
-#include "model/AppModel.h"
-#include "support/FakePlatform.h"
-#include "support/TestPdf.h"
+#include "support/TestSession.h"
 
 #include <QtTest>
 
@@ -8,173 +6,155 @@
 class CuesTest : public QObject {
     Q_OBJECT
 
-    static std::vector<int> pages(const std::vector<CueBookmark>& cues)
+    // Each cue as "page: title", in the order held.
+    static QStringList listed(const std::vector<CueBookmark>& cues)
     {
-        std::vector<int> out;
+        QStringList out;
         for (const auto& cue : cues)
-            out.push_back(cue.pageIndex);
+            out << QString::number(cue.pageIndex) + ": " + cue.title;
         return out;
     }
+
+    // A session with a set of one PDF, a.pdf, of `pages` pages.
+    struct OnePdf : TestSession {
+        explicit OnePdf(int pages) { model.replacePlaylist({pdf("a.pdf", pages)}); }
+    };
 
 private slots:
     void titlesAreTrimmedAndBlankNamesNameTheSlide()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({folder.pdf("a.pdf", 8)});
-        model.addBookmark("  Chorus \n", 4);
-        QCOMPARE(model.currentCues().size(), std::size_t(1));
-        QCOMPARE(model.currentCues()[0].title, QString("Chorus"));
-        QCOMPARE(model.currentCues()[0].pageIndex, 4);
+        OnePdf s(8);
+        s.model.addBookmark("  Chorus \n", 4);
+        QCOMPARE(listed(s.model.currentCues()), QStringList{"4: Chorus"});
 
         // Blank on the same page: replaced, with a new id and the slide's name.
-        const QUuid first = model.currentCues()[0].id;
-        model.addBookmark(" \t\n ", 4);
-        QCOMPARE(model.currentCues().size(), std::size_t(1));
-        QCOMPARE(model.currentCues()[0].title, QString("Slide 5"));
-        QVERIFY(model.currentCues()[0].id != first);
+        const QUuid first = s.model.currentCues()[0].id;
+        s.model.addBookmark(" \t\n ", 4);
+        QCOMPARE(listed(s.model.currentCues()), QStringList{"4: Slide 5"});
+        QVERIFY(s.model.currentCues()[0].id != first);
 
         // No page given: the current one. Long titles are kept whole.
-        model.goToPage(6);
+        s.model.goToPage(6);
         const QString long_(300, u'x');
-        model.addBookmark(long_);
-        QCOMPARE(pages(model.currentCues()), (std::vector<int>{4, 6}));
-        QCOMPARE(model.currentCues()[1].title, long_);
+        s.model.addBookmark(long_);
+        QCOMPARE(listed(s.model.currentCues()), (QStringList{"4: Slide 5", "6: " + long_}));
     }
 
     void cuesStaySortedWithOnePerPage()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({folder.pdf("a.pdf", 12)});
-        model.addBookmark("Nine", 9);
-        model.addBookmark("Two", 2);
-        model.addBookmark("Five", 5);
-        QCOMPARE(pages(model.currentCues()), (std::vector<int>{2, 5, 9}));
+        OnePdf s(12);
+        s.model.addBookmark("Nine", 9);
+        s.model.addBookmark("Two", 2);
+        s.model.addBookmark("Five", 5);
+        QCOMPARE(listed(s.model.currentCues()), (QStringList{"2: Two", "5: Five", "9: Nine"}));
         // The entry itself holds them sorted, which is what a show writes.
-        QCOMPARE(pages(model.playlist()[0].cues), (std::vector<int>{2, 5, 9}));
+        QCOMPARE(listed(s.model.playlist()[0].cues), (QStringList{"2: Two", "5: Five", "9: Nine"}));
 
-        model.addBookmark("Bridge", 5);
-        const auto cues = model.currentCues();
-        QCOMPARE(pages(cues), (std::vector<int>{2, 5, 9}));
-        QCOMPARE(cues[1].title, QString("Bridge"));
+        s.model.addBookmark("Bridge", 5);
+        const auto cues = s.model.currentCues();
+        QCOMPARE(listed(cues), (QStringList{"2: Two", "5: Bridge", "9: Nine"}));
         // A page index is not checked against the page count.
-        model.addBookmark("Beyond", 40);
-        QCOMPARE(pages(model.currentCues()), (std::vector<int>{2, 5, 9, 40}));
+        s.model.addBookmark("Beyond", 40);
+        QCOMPARE(listed(s.model.currentCues()), (QStringList{"2: Two", "5: Bridge", "9: Nine", "40: Beyond"}));
 
-        model.removeBookmark(cues[0].id);
-        QCOMPARE(pages(model.currentCues()), (std::vector<int>{5, 9, 40}));
-        model.removeBookmark(QUuid::createUuid());
-        QCOMPARE(model.currentCues().size(), std::size_t(3));
+        s.model.removeBookmark(cues[0].id);
+        QCOMPARE(listed(s.model.currentCues()), (QStringList{"5: Bridge", "9: Nine", "40: Beyond"}));
+        s.model.removeBookmark(QUuid::createUuid());
+        QCOMPARE(s.model.currentCues().size(), std::size_t(3));
     }
 
     void nextAndPreviousCueWrapWithinThePdf()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({folder.pdf("a.pdf", 10), folder.pdf("b.pdf", 10)});
-        model.goToNextCue();
-        QCOMPARE(model.pageIndex(), 0);
-        model.addBookmark("Verse", 2);
-        model.addBookmark("Chorus", 7);
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("a.pdf", 10), s.pdf("b.pdf", 10)});
+        s.model.goToNextCue();
+        QCOMPARE(s.model.pageIndex(), 0);
+        s.model.addBookmark("Verse", 2);
+        s.model.addBookmark("Chorus", 7);
 
-        std::vector<int> visited;
-        for (int i = 0; i < 3; ++i) {
-            model.goToNextCue();
-            visited.push_back(model.pageIndex());
-        }
-        QCOMPARE(visited, (std::vector<int>{2, 7, 2}));
-
-        model.goToPage(8);
-        visited.clear();
-        for (int i = 0; i < 3; ++i) {
-            model.goToPreviousCue();
-            visited.push_back(model.pageIndex());
-        }
-        QCOMPARE(visited, (std::vector<int>{7, 2, 7}));
-        model.goToPage(0);
-        model.goToPreviousCue();
-        QCOMPARE(model.pageIndex(), 7);
-        QCOMPARE(model.playlistIndex(), 0);
+        // The pages three steps in one direction visit.
+        const auto visits = [&](void (AppModel::*step)()) {
+            std::vector<int> visited;
+            for (int i = 0; i < 3; ++i) {
+                (s.model.*step)();
+                visited.push_back(s.model.pageIndex());
+            }
+            return visited;
+        };
+        QCOMPARE(visits(&AppModel::goToNextCue), (std::vector<int>{2, 7, 2}));
+        s.model.goToPage(8);
+        QCOMPARE(visits(&AppModel::goToPreviousCue), (std::vector<int>{7, 2, 7}));
+        s.model.goToPage(0);
+        s.model.goToPreviousCue();
+        QCOMPARE(s.model.pageIndex(), 7);
+        QCOMPARE(s.model.playlistIndex(), 0);
     }
 
     void withoutAnEntryNothingHappens()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.addBookmark("Intro", 0);
-        model.setCurrentNote("Hello");
-        model.goToNextCue();
-        model.goToPreviousCue();
-        model.promptAddBookmark();
-        QVERIFY(model.currentCues().empty());
-        QCOMPARE(model.currentNote(), QString());
-        QVERIFY(model.playlist().empty());
-        QVERIFY(platform.dialogs->promptRequests.empty());
+        TestSession s;
+        s.model.addBookmark("Intro", 0);
+        s.model.setCurrentNote("Hello");
+        s.model.goToNextCue();
+        s.model.goToPreviousCue();
+        s.model.promptAddBookmark();
+        QVERIFY(s.model.currentCues().empty());
+        QCOMPARE(s.model.currentNote(), QString());
+        QVERIFY(s.model.playlist().empty());
+        QVERIFY(s.platform.dialogs->promptRequests.empty());
     }
 
     void notesKeepTheirSpacesAndBlankRemoves()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({folder.pdf("a.pdf", 4)});
-        model.goToPage(2);
-        model.setCurrentNote(" Pause ");
-        QCOMPARE(model.currentNote(), QString(" Pause "));
-        QCOMPARE(model.playlist()[0].notesByPage, (std::map<qint64, QString>{{2, " Pause "}}));
-        model.goToPage(1);
-        QCOMPARE(model.currentNote(), QString());
-        model.goToPage(2);
-        model.setCurrentNote("   ");
-        QVERIFY(model.playlist()[0].notesByPage.empty());
-        QCOMPARE(model.currentNote(), QString());
+        OnePdf s(4);
+        s.model.goToPage(2);
+        s.model.setCurrentNote(" Pause ");
+        QCOMPARE(s.model.currentNote(), QString(" Pause "));
+        QCOMPARE(s.model.playlist()[0].notesByPage, (std::map<qint64, QString>{{2, " Pause "}}));
+        s.model.goToPage(1);
+        QCOMPARE(s.model.currentNote(), QString());
+        s.model.goToPage(2);
+        s.model.setCurrentNote("   ");
+        QVERIFY(s.model.playlist()[0].notesByPage.empty());
+        QCOMPARE(s.model.currentNote(), QString());
     }
 
     void eachPdfHasItsOwnCuesAndNotes()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({folder.pdf("a.pdf", 5), folder.pdf("b.pdf", 5)});
-        model.addBookmark("A intro", 1);
-        model.goToPage(1);
-        model.setCurrentNote("note of a");
-        const QUuid aCue = model.currentCues()[0].id;
+        TestSession s;
+        s.model.replacePlaylist({s.pdf("a.pdf", 5), s.pdf("b.pdf", 5)});
+        s.model.addBookmark("A intro", 1);
+        s.model.goToPage(1);
+        s.model.setCurrentNote("note of a");
+        const QUuid aCue = s.model.currentCues()[0].id;
 
-        model.selectPlaylistItem(model.playlist()[1].id);
-        QVERIFY(model.currentCues().empty());
-        model.goToPage(1);
-        QCOMPARE(model.currentNote(), QString());
-        model.addBookmark("B outro", 3);
+        s.model.selectPlaylistItem(s.model.playlist()[1].id);
+        QVERIFY(s.model.currentCues().empty());
+        s.model.goToPage(1);
+        QCOMPARE(s.model.currentNote(), QString());
+        s.model.addBookmark("B outro", 3);
         // Removal goes by id within the current PDF only.
-        model.removeBookmark(aCue);
-        QCOMPARE(model.playlist()[0].cues.size(), std::size_t(1));
-        QCOMPARE(pages(model.currentCues()), (std::vector<int>{3}));
+        s.model.removeBookmark(aCue);
+        QCOMPARE(s.model.playlist()[0].cues.size(), std::size_t(1));
+        QCOMPARE(listed(s.model.currentCues()), QStringList{"3: B outro"});
 
         // Cues travel with their PDF when the set is reordered.
-        model.movePlaylist({1}, 0);
-        QCOMPARE(model.playlist()[1].cues[0].title, QString("A intro"));
-        QCOMPARE(model.playlist()[1].notesByPage.at(1), QString("note of a"));
-        QCOMPARE(model.currentCues()[0].title, QString("B outro"));
+        s.model.movePlaylist({1}, 0);
+        QCOMPARE(s.model.playlist()[1].cues[0].title, QString("A intro"));
+        QCOMPARE(s.model.playlist()[1].notesByPage.at(1), QString("note of a"));
+        QCOMPARE(s.model.currentCues()[0].title, QString("B outro"));
     }
 
     void promptAsksForANameOnTheCurrentSlide()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({folder.pdf("a.pdf", 6)});
-        model.goToPage(3);
+        OnePdf s(6);
+        s.model.goToPage(3);
 
-        platform.dialogs->promptReplies.push_back(std::nullopt);
-        model.promptAddBookmark();
-        QVERIFY(model.currentCues().empty());
-        QCOMPARE(platform.dialogs->promptRequests.size(), std::size_t(1));
-        const auto& options = platform.dialogs->promptRequests[0];
+        s.platform.dialogs->promptReplies.push_back(std::nullopt);
+        s.model.promptAddBookmark();
+        QVERIFY(s.model.currentCues().empty());
+        QCOMPARE(s.platform.dialogs->promptRequests.size(), std::size_t(1));
+        const auto& options = s.platform.dialogs->promptRequests[0];
         QCOMPARE(options.title, QString("Cue on slide 4"));
         QCOMPARE(options.informativeText, QString("Short name: intro, chorus, bridge…"));
         QCOMPARE(options.placeholder, QString("Chorus"));
@@ -182,15 +162,13 @@ private slots:
         QCOMPARE(options.okLabel, QString("Add"));
         QCOMPARE(options.cancelLabel, QString("Cancel"));
 
-        platform.dialogs->promptReplies.push_back(QString(" Bridge "));
-        model.promptAddBookmark();
-        QCOMPARE(model.currentCues().size(), std::size_t(1));
-        QCOMPARE(model.currentCues()[0].title, QString("Bridge"));
-        QCOMPARE(model.currentCues()[0].pageIndex, 3);
+        s.platform.dialogs->promptReplies.push_back(QString(" Bridge "));
+        s.model.promptAddBookmark();
+        QCOMPARE(listed(s.model.currentCues()), QStringList{"3: Bridge"});
 
-        platform.dialogs->promptReplies.push_back(QString());
-        model.promptAddBookmark();
-        QCOMPARE(model.currentCues()[0].title, QString("Slide 4"));
+        s.platform.dialogs->promptReplies.push_back(QString());
+        s.model.promptAddBookmark();
+        QCOMPARE(listed(s.model.currentCues()), QStringList{"3: Slide 4"});
     }
 };
 
