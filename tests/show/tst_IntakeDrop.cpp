@@ -1,7 +1,5 @@
 #include "l10n/L10n.h"
-#include "model/AppModel.h"
-#include "support/FakePlatform.h"
-#include "support/TestPdf.h"
+#include "support/TestSession.h"
 #include "ui/MainWindow.h"
 
 #include <QDir>
@@ -15,14 +13,6 @@
 #include <QtTest>
 
 namespace {
-
-QStringList setNames(const AppModel& model)
-{
-    QStringList names;
-    for (const auto& entry : model.playlist())
-        names << QFileInfo(entry.url).fileName();
-    return names;
-}
 
 QMimeData* fileDrag(const QStringList& paths)
 {
@@ -47,9 +37,7 @@ QMimeData* textDrag(const QString& text)
 class IntakeDropTest : public QObject {
     Q_OBJECT
 
-    struct Window {
-        FakePlatform platform;
-        AppModel model{platform.services()};
+    struct Window : TestSession {
         MainWindow window{model};
 
         Window()
@@ -92,10 +80,8 @@ class IntakeDropTest : public QObject {
 private slots:
     void aFileDragIsHighlightedUntilItLeaves()
     {
-        TestFolder folder;
-        const QString a = folder.pdf("a.pdf", 1);
         Window w;
-        std::unique_ptr<QMimeData> mime(fileDrag({a}));
+        std::unique_ptr<QMimeData> mime(fileDrag({w.pdf("a.pdf", 1)}));
         QVERIFY(w.enter(mime.get()));
         QVERIFY(w.highlighted());
         QCOMPARE(w.highlight()->text(), L10n::t("drop.set"));
@@ -126,28 +112,22 @@ private slots:
 
     void droppedFilesAndFoldersMakeTheSetThenGrowIt()
     {
-        TestFolder folder;
-        const QString a = folder.pdf("a.pdf", 2);
-        QDir().mkpath(folder.file("deck"));
-        folder.pdf("deck/Slide 10.pdf", 1);
-        folder.pdf("deck/Slide 2.pdf", 1);
-        folder.pdf("deck/.hidden.pdf", 1);
-        const QString extra = folder.pdf("extra one.pdf", 1);
         Window w;
-
-        std::unique_ptr<QMimeData> mime(fileDrag({a, folder.file("deck"), folder.file("notes.txt")}));
+        for (const char* name : {"Slide 10.pdf", "Slide 2.pdf", ".hidden.pdf"})
+            w.pdf(QString("deck/") + name, 1);
+        std::unique_ptr<QMimeData> mime(fileDrag({w.pdf("a.pdf", 2), w.file("deck"), w.file("notes.txt")}));
         QVERIFY(w.enter(mime.get()));
         QVERIFY(w.drop(mime.get()));
         QVERIFY(!w.highlighted());
-        QTRY_COMPARE_WITH_TIMEOUT(setNames(w.model), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf"}), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(w.names(), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf"}), 10000);
 
         // The text form of a path, as some programs drag it: appended.
-        std::unique_ptr<QMimeData> text(textDrag(" " + extra + "\n"));
+        std::unique_ptr<QMimeData> text(textDrag(" " + w.pdf("extra one.pdf", 1) + "\n"));
         QVERIFY(w.enter(text.get()));
         QVERIFY(w.drop(text.get()));
-        QTRY_COMPARE_WITH_TIMEOUT(setNames(w.model), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf", "extra one.pdf"}), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(w.names(), (QStringList{"a.pdf", "Slide 2.pdf", "Slide 10.pdf", "extra one.pdf"}), 10000);
         QCOMPARE(w.model.playlistIndex(), 0);
-        QVERIFY(w.platform.dialogs->alerts.empty());
+        QVERIFY(w.alerts().isEmpty());
     }
 };
 
