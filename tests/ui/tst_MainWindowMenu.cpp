@@ -1,23 +1,12 @@
-#include "model/AppModel.h"
-#include "support/FakePlatform.h"
-#include "support/TestPdf.h"
-#include "ui/MainWindow.h"
+#include "support/TestConsole.h"
 
-#include <QAction>
 #include <QFile>
 #include <QMenu>
 #include <QtTest>
 
 namespace {
 
-QAction* command(const QWidget& window, const QString& text)
-{
-    for (QAction* action : window.findChildren<QAction*>())
-        if (action->text() == text)
-            return action;
-    return nullptr;
-}
-
+// The set's entries by title.
 QStringList setNames(const AppModel& model)
 {
     QStringList names;
@@ -36,36 +25,28 @@ private slots:
     // switches the save and close commands as the model changes.
     void commandsFollowTheSet()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
-        MainWindow window(model);
-        window.show();
-
-        QAction* save = command(window, QStringLiteral("Save Show"));
-        QAction* saveAs = command(window, QStringLiteral("Save Show As…"));
-        QAction* close = command(window, QStringLiteral("Close Document"));
+        TestConsole c;
+        QAction* save = c.command(QStringLiteral("Save Show"));
+        QAction* saveAs = c.command(QStringLiteral("Save Show As…"));
+        QAction* close = c.command(QStringLiteral("Close Document"));
         QVERIFY(save && saveAs && close);
         for (const QString& text : {QStringLiteral("Open PDF…"), QStringLiteral("Open Folder…"),
                                     QStringLiteral("Add to Set…"), QStringLiteral("Open Show…"),
                                     QStringLiteral("Cue this slide…"), QStringLiteral("Next Cue"),
                                     QStringLiteral("Previous Cue")}) {
-            QAction* action = command(window, text);
+            QAction* action = c.command(text);
             QVERIFY2(action, qPrintable(text));
             QVERIFY2(action->isEnabled(), qPrintable(text));
         }
-        QVERIFY(!save->isEnabled());
-        QVERIFY(!saveAs->isEnabled());
-        QVERIFY(!close->isEnabled());
+        QVERIFY(!save->isEnabled() && !saveAs->isEnabled() && !close->isEnabled());
 
-        TestFolder folder;
-        model.replacePlaylist({folder.pdf("a.pdf", 2)});
+        c.model.replacePlaylist({c.pdf("a.pdf", 2)});
         QTRY_VERIFY_WITH_TIMEOUT(save->isEnabled(), 10000);
-        QVERIFY(saveAs->isEnabled());
-        QVERIFY(close->isEnabled());
+        QVERIFY(saveAs->isEnabled() && close->isEnabled());
 
         close->trigger();
         QTRY_VERIFY_WITH_TIMEOUT(!close->isEnabled(), 10000);
-        QVERIFY(model.playlist().empty());
+        QVERIFY(c.model.playlist().empty());
         QVERIFY(!save->isEnabled());
     }
 
@@ -73,52 +54,41 @@ private slots:
     // as a show, and the show opens again from its file.
     void commandsOpenAndSaveThroughThePanels()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
-        MainWindow window(model);
-        window.show();
-        TestFolder folder;
-        QVERIFY(QDir().mkpath(folder.file("deck")));
-        folder.pdf("deck/Song 10.pdf", 1);
-        folder.pdf("deck/Song 2.pdf", 2);
+        TestConsole c;
+        c.pdf("deck/Song 10.pdf", 1);
+        c.pdf("deck/Song 2.pdf", 2);
 
-        platform.dialogs->openReplies.push_back({folder.file("deck")});
-        command(window, QStringLiteral("Open Folder…"))->trigger();
-        QTRY_COMPARE_WITH_TIMEOUT(setNames(model), (QStringList{"Song 2", "Song 10"}), 10000);
-        QVERIFY(platform.dialogs->openRequests.back().directories);
+        c.platform.dialogs->openReplies.push_back({c.file("deck")});
+        c.command(QStringLiteral("Open Folder…"))->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(setNames(c.model), (QStringList{"Song 2", "Song 10"}), 10000);
+        QVERIFY(c.platform.dialogs->openRequests.back().directories);
 
-        const QString show = folder.file("gig.brelvonic");
-        platform.dialogs->saveReplies.push_back(show);
-        QAction* saveAs = command(window, QStringLiteral("Save Show As…"));
+        const QString show = c.file("gig.brelvonic");
+        c.platform.dialogs->saveReplies.push_back(show);
+        QAction* saveAs = c.command(QStringLiteral("Save Show As…"));
         QTRY_VERIFY_WITH_TIMEOUT(saveAs->isEnabled(), 10000);
         saveAs->trigger();
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(show), 10000);
-        QCOMPARE(model.showFileURL(), std::optional<QString>(show));
+        QCOMPARE(c.model.showFileURL(), std::optional<QString>(show));
 
-        model.closeDocument();
-        platform.dialogs->openReplies.push_back({show});
-        command(window, QStringLiteral("Open Show…"))->trigger();
-        QTRY_COMPARE_WITH_TIMEOUT(setNames(model), (QStringList{"Song 2", "Song 10"}), 10000);
-        QCOMPARE(model.showFileURL(), std::optional<QString>(show));
-        QVERIFY(platform.dialogs->alerts.empty());
+        c.model.closeDocument();
+        c.platform.dialogs->openReplies.push_back({show});
+        c.command(QStringLiteral("Open Show…"))->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(setNames(c.model), (QStringList{"Song 2", "Song 10"}), 10000);
+        QCOMPARE(c.model.showFileURL(), std::optional<QString>(show));
+        QVERIFY(c.platform.dialogs->alerts.empty());
     }
 
     // The Recents submenu lists the recent files by name, opens one, and
     // clears the list; an empty list shows one disabled line.
     void recentMenuListsOpensAndClears()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
-        MainWindow window(model);
-        window.show();
-        TestFolder folder;
-        const QString a = folder.pdf("a.pdf", 1);
-        const QString b = folder.pdf("b.pdf", 2);
-        model.replacePlaylist({a});
-        model.replacePlaylist({b});
+        TestConsole c;
+        c.model.replacePlaylist({c.pdf("a.pdf", 1)});
+        c.model.replacePlaylist({c.pdf("b.pdf", 2)});
 
         QMenu* recent = nullptr;
-        for (QMenu* menu : window.findChildren<QMenu*>())
+        for (QMenu* menu : c.window.findChildren<QMenu*>())
             if (menu->title() == QStringLiteral("Recents"))
                 recent = menu;
         QVERIFY(recent);
@@ -132,11 +102,11 @@ private slots:
         QCOMPARE(texts(), (QStringList{"b.pdf", "a.pdf", "-", "Clear"}));
 
         recent->actions().at(1)->trigger();
-        QTRY_COMPARE_WITH_TIMEOUT(setNames(model), QStringList{"a"}, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(setNames(c.model), QStringList{"a"}, 10000);
 
         texts();
         recent->actions().constLast()->trigger();
-        QTRY_VERIFY_WITH_TIMEOUT(model.recentFiles().isEmpty(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(c.model.recentFiles().isEmpty(), 10000);
         QCOMPARE(texts(), QStringList{"No recent files"});
         QVERIFY(!recent->actions().constFirst()->isEnabled());
     }
