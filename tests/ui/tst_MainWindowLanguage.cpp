@@ -1,7 +1,5 @@
 #include "l10n/L10n.h"
-#include "model/AppModel.h"
-#include "support/FakePlatform.h"
-#include "ui/MainWindow.h"
+#include "support/TestConsole.h"
 
 #include <QLabel>
 #include <QMenu>
@@ -9,14 +7,6 @@
 #include <QtTest>
 
 namespace {
-
-QAction* actionWithText(const QWidget& window, const QString& text)
-{
-    for (QAction* action : window.findChildren<QAction*>())
-        if (action->text() == text)
-            return action;
-    return nullptr;
-}
 
 QLabel* labelWithText(const QWidget& window, const QString& text)
 {
@@ -40,7 +30,7 @@ private slots:
         MainWindow window(model);
         window.show();
 
-        QAction* open = actionWithText(window, QStringLiteral("Open PDF…"));
+        QAction* open = commandWithText(window, QStringLiteral("Open PDF…"));
         QVERIFY(open);
         QLabel* slide = labelWithText(window, QStringLiteral("No slide"));
         QVERIFY(slide);
