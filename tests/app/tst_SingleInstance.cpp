@@ -70,6 +70,14 @@ struct RawClient {
     bool hungUp() const { return socket.state() == QLocalSocket::UnconnectedState; }
 };
 
+// An instance on a socket in a temporary folder, and what it receives.
+struct Served {
+    QTemporaryDir dir;
+    QString name = dir.filePath("test.socket");
+    SingleInstance server{name};
+    QSignalSpy received{&server, &SingleInstance::filesReceived};
+};
+
 // The real program, started with a home of its own so that the user's
 // preferences, recent files and running copy are never touched.
 struct Program {
@@ -141,44 +149,38 @@ private slots:
 
     void theServerHangsUpOnBadMessagesAndAnswersGoodOnes()
     {
-        QTemporaryDir dir;
-        const QString name = dir.filePath("test.socket");
-        SingleInstance server(name);
-        QCOMPARE(server.claim({"/x.pdf"}), SingleInstance::Role::primary);
-        QVERIFY(server.isListening());
-        QSignalSpy received(&server, &SingleInstance::filesReceived);
+        Served s;
+        QCOMPARE(s.server.claim({"/x.pdf"}), SingleInstance::Role::primary);
+        QVERIFY(s.server.isListening());
 
         for (const QByteArray& bytes : {QByteArray("hello, world\n"), header(0x7fffffff), withPayload("[1, 2]")}) {
-            RawClient junk(name);
+            RawClient junk(s.name);
             QVERIFY(junk.send(bytes));
             QTRY_VERIFY_WITH_TIMEOUT(junk.hungUp(), patience);
             QVERIFY(junk.answer.isEmpty());
         }
-        QCOMPARE(received.count(), 0);
+        QCOMPARE(s.received.count(), 0);
 
         // A good message in two writes.
         const QByteArray message = SingleInstance::encode({"/deck/one.pdf", "/deck/two.pdf"});
-        RawClient client(name);
+        RawClient client(s.name);
         QVERIFY(client.send(message.first(6)));
         QVERIFY(client.send(message.mid(6)));
-        QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, patience);
-        QCOMPARE(received.at(0).at(0).toStringList(), (QStringList{"/deck/one.pdf", "/deck/two.pdf"}));
+        QTRY_COMPARE_WITH_TIMEOUT(s.received.count(), 1, patience);
+        QCOMPARE(s.received.at(0).at(0).toStringList(), (QStringList{"/deck/one.pdf", "/deck/two.pdf"}));
         QTRY_COMPARE_WITH_TIMEOUT(client.answer, QByteArray("ok"), patience);
         QTRY_VERIFY_WITH_TIMEOUT(client.hungUp(), patience);
     }
 
     void aSocketLeftByACrashIsReplaced()
     {
-        QTemporaryDir dir;
-        const QString name = dir.filePath("test.socket");
-        QVERIFY(leaveStaleSocket(name));
-        SingleInstance server(name);
-        QCOMPARE(server.claim({}), SingleInstance::Role::primary);
-        QVERIFY(server.isListening());
-        QSignalSpy received(&server, &SingleInstance::filesReceived);
-        RawClient client(name);
+        Served s;
+        QVERIFY(leaveStaleSocket(s.name));
+        QCOMPARE(s.server.claim({}), SingleInstance::Role::primary);
+        QVERIFY(s.server.isListening());
+        RawClient client(s.name);
         QVERIFY(client.send(SingleInstance::encode({"/a.pdf"})));
-        QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(s.received.count(), 1, patience);
     }
 
     // Files that arrive while an alert or panel runs its own loop wait until
@@ -228,21 +230,18 @@ private slots:
     {
         QTemporaryDir root;
         QDir base(root.path());
-        for (const char* folder : {"run", "home", "config", "data", "cache", "deck", "more"})
-            QVERIFY(base.mkpath(folder));
-        QVERIFY(QFile::setPermissions(base.filePath("run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        QVERIFY(TestPdf::write(base.filePath("deck/one.pdf"), 2));
-        QVERIFY(TestPdf::write(base.filePath("deck/two.pdf"), 1));
-        QVERIFY(TestPdf::write(base.filePath("more/Slide 10.pdf"), 1));
-        QVERIFY(TestPdf::write(base.filePath("more/Slide 2.pdf"), 1));
-
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        const std::pair<const char*, const char*> homes[] = {
+            {"XDG_RUNTIME_DIR", "run"}, {"HOME", "home"}, {"XDG_CONFIG_HOME", "config"}, {"XDG_DATA_HOME", "data"}, {"XDG_CACHE_HOME", "cache"}};
+        for (const auto& [variable, folder] : homes) {
+            QVERIFY(base.mkpath(folder));
+            environment.insert(variable, base.filePath(folder));
+        }
+        QVERIFY(QFile::setPermissions(base.filePath("run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        const std::pair<const char*, int> pdfs[] = {{"deck/one.pdf", 2}, {"deck/two.pdf", 1}, {"more/Slide 10.pdf", 1}, {"more/Slide 2.pdf", 1}};
+        for (const auto& [path, pages] : pdfs)
+            QVERIFY(base.mkpath(QFileInfo(path).path()) && TestPdf::write(base.filePath(path), pages));
         environment.insert("QT_QPA_PLATFORM", "offscreen");
-        environment.insert("XDG_RUNTIME_DIR", base.filePath("run"));
-        environment.insert("HOME", base.filePath("home"));
-        environment.insert("XDG_CONFIG_HOME", base.filePath("config"));
-        environment.insert("XDG_DATA_HOME", base.filePath("data"));
-        environment.insert("XDG_CACHE_HOME", base.filePath("cache"));
         environment.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + base.filePath("no-bus"));
         environment.insert("PDF_BRELVONIC_TRACE", "1");
         const QString socket = base.filePath("run/pdf-brelvonic.socket");
