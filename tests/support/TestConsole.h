@@ -5,12 +5,13 @@
 
 #include <QAction>
 
-// The window's command labelled `text`, or null when it has none.
-inline QAction* commandWithText(const QWidget& window, const QString& text)
+// The window's command (or, given the type, label) showing `text`, or null.
+template <typename Child = QAction>
+Child* childWithText(const QWidget& window, const QString& text)
 {
-    for (QAction* action : window.findChildren<QAction*>())
-        if (action->text() == text)
-            return action;
+    for (Child* child : window.findChildren<Child*>())
+        if (child->text() == text)
+            return child;
     return nullptr;
 }
 
@@ -19,5 +20,5 @@ struct TestConsole : TestSession {
     MainWindow window{model};
 
     TestConsole() { window.show(); }
-    QAction* command(const QString& text) const { return commandWithText(window, text); }
+    QAction* command(const QString& text) const { return childWithText(window, text); }
 };

@@ -6,18 +6,6 @@
 #include <QMenuBar>
 #include <QtTest>
 
-namespace {
-
-QLabel* labelWithText(const QWidget& window, const QString& text)
-{
-    for (QLabel* label : window.findChildren<QLabel*>())
-        if (label->text() == text)
-            return label;
-    return nullptr;
-}
-
-}
-
 class MainWindowLanguageTest : public QObject {
     Q_OBJECT
 
@@ -30,9 +18,9 @@ private slots:
         MainWindow window(model);
         window.show();
 
-        QAction* open = commandWithText(window, QStringLiteral("Open PDF…"));
+        QAction* open = childWithText(window, QStringLiteral("Open PDF…"));
         QVERIFY(open);
-        QLabel* slide = labelWithText(window, QStringLiteral("No slide"));
+        QLabel* slide = childWithText<QLabel>(window, QStringLiteral("No slide"));
         QVERIFY(slide);
         QMenu* files = nullptr;
         for (QAction* item : window.menuBar()->actions())
