@@ -1,6 +1,5 @@
 #include "l10n/L10n.h"
-#include "support/TestSession.h"
-#include "ui/MainWindow.h"
+#include "support/TestConsole.h"
 
 #include <QDir>
 #include <QDragEnterEvent>
@@ -37,14 +36,8 @@ QMimeData* textDrag(const QString& text)
 class IntakeDropTest : public QObject {
     Q_OBJECT
 
-    struct Window : TestSession {
-        MainWindow window{model};
-
-        Window()
-        {
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
-        }
+    struct Window : TestConsole {
+        Window() { QVERIFY(QTest::qWaitForWindowExposed(&window)); }
         // Events go to the platform window, which routes them as it does a
         // real drag: from the widget under the pointer (the stage) upwards.
         QPoint middle() const { return window.rect().center(); }
