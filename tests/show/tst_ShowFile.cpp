@@ -43,20 +43,9 @@ class ShowFileTest : public QObject {
     // A show as the program writes it, with settings that differ from the defaults.
     static SavedShow sampleShow(const std::vector<SavedShowItem>& items = {})
     {
-        SavedShow show;
-        show.aspect = "r4x3";
-        show.contentFit = "cover";
-        show.customWidth = 1280;
-        show.customHeight = 720;
-        show.transitionStyle = "none";
-        show.transitionDuration = 0.8;
-        show.plannedDuration = 2700;
-        show.hideOutputCursor = false;
-        show.markRed = 0.2;
-        show.markGreen = 0.25;
-        show.markBlue = 1;
-        show.items = items;
-        return show;
+        return {.aspect = "r4x3", .contentFit = "cover", .customWidth = 1280, .customHeight = 720, .transitionStyle = "none",
+                .transitionDuration = 0.8, .plannedDuration = 2700, .hideOutputCursor = false, .markRed = 0.2,
+                .markGreen = 0.25, .markBlue = 1, .items = items};
     }
 
     static SavedShowItem item(const QString& path)
@@ -503,8 +492,7 @@ private slots:
         s.model.presentSaveShowPanel(false);
         QCOMPARE(dialogs.saveRequests.size(), std::size_t(1));
         const auto& options = dialogs.saveRequests[0];
-        QCOMPARE(options.title, QString("Save Show"));
-        QCOMPARE(options.suggestedName, QString("Opening Night"));
+        QCOMPARE((QStringList{options.title, options.suggestedName}), (QStringList{"Save Show", "Opening Night"}));
         QCOMPARE(options.nameFilters.size(), qsizetype(1));
         QVERIFY(options.nameFilters[0].endsWith("(*.brelvonic)"));
         QVERIFY(!s.model.showFileURL());
@@ -547,8 +535,7 @@ private slots:
         s.model.presentOpenShowPanel();
         QCOMPARE(dialogs.openRequests.size(), std::size_t(2));
         const auto& options = dialogs.openRequests[0];
-        QCOMPARE(options.title, QString("Open Show"));
-        QCOMPARE(options.prompt, QString("Open"));
+        QCOMPARE((QStringList{options.title, options.prompt}), (QStringList{"Open Show", "Open"}));
         QVERIFY(!options.multiple);
         QVERIFY(!options.directories);
         QCOMPARE(options.nameFilters.size(), qsizetype(1));
