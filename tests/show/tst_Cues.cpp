@@ -155,12 +155,9 @@ private slots:
         QVERIFY(s.model.currentCues().empty());
         QCOMPARE(s.platform.dialogs->promptRequests.size(), std::size_t(1));
         const auto& options = s.platform.dialogs->promptRequests[0];
-        QCOMPARE(options.title, QString("Cue on slide 4"));
-        QCOMPARE(options.informativeText, QString("Short name: intro, chorus, bridge…"));
-        QCOMPARE(options.placeholder, QString("Chorus"));
-        QCOMPARE(options.text, QString());
-        QCOMPARE(options.okLabel, QString("Add"));
-        QCOMPARE(options.cancelLabel, QString("Cancel"));
+        QCOMPARE((QStringList{options.title, options.informativeText, options.placeholder, options.text, options.okLabel,
+                              options.cancelLabel}),
+                 (QStringList{"Cue on slide 4", "Short name: intro, chorus, bridge…", "Chorus", "", "Add", "Cancel"}));
 
         s.platform.dialogs->promptReplies.push_back(QString(" Bridge "));
         s.model.promptAddBookmark();
