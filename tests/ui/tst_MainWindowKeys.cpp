@@ -1,5 +1,4 @@
-#include "support/TestSession.h"
-#include "ui/MainWindow.h"
+#include "support/TestConsole.h"
 
 #include <QtTest>
 
@@ -17,17 +16,16 @@ class MainWindowKeysTest : public QObject {
 private slots:
     void arrowsPagesAndSpaceMoveThroughTheSet()
     {
-        TestSession s;
+        TestConsole s;
         s.model.replacePlaylist({s.pdf("three.pdf", 3), s.pdf("twelve.pdf", 12)});
-        MainWindow window(s.model);
-        press(window, {Qt::Key_Right, Qt::Key_Down, Qt::Key_PageDown});
+        press(s.window, {Qt::Key_Right, Qt::Key_Down, Qt::Key_PageDown});
         QCOMPARE(s.model.playlistIndex(), 1);  // past the last page of the first file
         QCOMPARE(s.model.pageIndex(), 0);
-        press(window, {Qt::Key_Space});
+        press(s.window, {Qt::Key_Space});
         QCOMPARE(s.model.pageIndex(), 1);
         for (Qt::Key key : {Qt::Key_Left, Qt::Key_Up, Qt::Key_PageUp}) {
             const int before = s.model.globalPageIndex();
-            press(window, {key});
+            press(s.window, {key});
             QCOMPARE(s.model.globalPageIndex(), before - 1);
         }
         // Up crossed back to the last page of the first file.
@@ -37,30 +35,29 @@ private slots:
 
     void digitsThenEnterJumpWithinTheFile()
     {
-        TestSession s;
+        TestConsole s;
         s.model.replacePlaylist({s.pdf("twelve.pdf", 12), s.pdf("three.pdf", 3)});
-        MainWindow window(s.model);
-        press(window, {Qt::Key_1, Qt::Key_1});
+        press(s.window, {Qt::Key_1, Qt::Key_1});
         QCOMPARE(s.model.jumpBuffer(), QStringLiteral("11"));
-        press(window, {Qt::Key_Return});
+        press(s.window, {Qt::Key_Return});
         QCOMPARE(s.model.pageIndex(), 10);
         QCOMPARE(s.model.jumpBuffer(), QString());
         // Keypad digits and Enter do the same.
-        press(window, {Qt::Key_4, Qt::Key_Enter}, Qt::KeypadModifier);
+        press(s.window, {Qt::Key_4, Qt::Key_Enter}, Qt::KeypadModifier);
         QCOMPARE(s.model.pageIndex(), 3);
         // Enter with nothing typed is the next slide.
-        press(window, {Qt::Key_Return});
+        press(s.window, {Qt::Key_Return});
         QCOMPARE(s.model.pageIndex(), 4);
         // Five digits keep only the fifth; Escape drops what was typed.
-        press(window, {Qt::Key_1, Qt::Key_2, Qt::Key_3, Qt::Key_4, Qt::Key_5});
+        press(s.window, {Qt::Key_1, Qt::Key_2, Qt::Key_3, Qt::Key_4, Qt::Key_5});
         QCOMPARE(s.model.jumpBuffer(), QStringLiteral("5"));
-        press(window, {Qt::Key_Escape});
+        press(s.window, {Qt::Key_Escape});
         QCOMPARE(s.model.jumpBuffer(), QString());
         QCOMPARE(s.model.pageIndex(), 4);
         // Forward delete and keypad Clear take back the last digit.
-        press(window, {Qt::Key_1, Qt::Key_2, Qt::Key_Delete});
+        press(s.window, {Qt::Key_1, Qt::Key_2, Qt::Key_Delete});
         QCOMPARE(s.model.jumpBuffer(), QStringLiteral("1"));
-        press(window, {Qt::Key_Clear});
+        press(s.window, {Qt::Key_Clear});
         QCOMPARE(s.model.jumpBuffer(), QString());
     }
 };
