@@ -10,14 +10,6 @@
 
 namespace {
 
-QStringList fileNames(const QStringList& paths)
-{
-    QStringList names;
-    for (const QString& path : paths)
-        names << QFileInfo(path).fileName();
-    return names;
-}
-
 void writeText(const QString& path, const QByteArray& text = "not a slide")
 {
     QFile file(path);
@@ -67,7 +59,7 @@ private slots:
         QDir().mkpath(folder.file("Slide 4.pdf"));
 
         const QStringList found = AppModel::pdfs(folder.path());
-        QCOMPARE(fileNames(found), (QStringList{"alpha.Pdf", "Slide 2.pdf", "slide 3.PDF", "Slide 4.pdf", "Slide 10.pdf"}));
+        QCOMPARE(TestSession::fileNames(found), (QStringList{"alpha.Pdf", "Slide 2.pdf", "slide 3.PDF", "Slide 4.pdf", "Slide 10.pdf"}));
         QCOMPARE(found.constFirst(), QDir::cleanPath(folder.file("alpha.Pdf")));
 
         QVERIFY(AppModel::pdfs(folder.file("missing")).isEmpty());

@@ -39,10 +39,12 @@ struct TestSession {
             out << entry.url;
         return out;
     }
-    QStringList names() const
+    QStringList names() const { return fileNames(paths()); }
+
+    static QStringList fileNames(const QStringList& paths)
     {
         QStringList out;
-        for (const QString& path : paths())
+        for (const QString& path : paths)
             out << QFileInfo(path).fileName();
         return out;
     }
