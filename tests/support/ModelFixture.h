@@ -1,0 +1,25 @@
+#pragma once
+
+#include "model/AppModel.h"
+#include "support/FakePlatform.h"
+#include "support/TestPdf.h"
+
+// The setups most model tests share, unpacked in one line:
+//     auto&& [platform, model] = FakeModel();
+//     auto&& [folder, platform, model] = ModelFixture();  // with a folder for PDFs
+struct FakeModel {
+    FakePlatform platform;
+    AppModel model{platform.services()};
+};
+
+struct ModelFixture {
+    TestFolder folder;
+    FakePlatform platform;
+    AppModel model{platform.services()};
+};
+
+// Where the operator stands, for one comparison: "entry:page/pages".
+inline QString position(const AppModel& model)
+{
+    return QStringLiteral("%1:%2/%3").arg(model.playlistIndex()).arg(model.pageIndex()).arg(model.pageCount());
+}
