@@ -1,5 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 
 #include <QtTest>
 
@@ -16,8 +17,7 @@ class AppModelTest : public QObject {
 private slots:
     void aNewModelHoldsTheInitialValuesAndDidNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!model.document() && !model.documentURL());
         QCOMPARE(model.pageIndex(), 0);
         QCOMPARE(model.pageCount(), 0);
@@ -142,8 +142,7 @@ private slots:
 
     void languageIsWrittenOnEveryAssignment()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         const AppLanguage current = model.interfaceLanguage();
         int told = 0;
         auto tracker = obs::withTracking([&] { (void)model.interfaceLanguage(); }, [&] { ++told; });
