@@ -1,5 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -28,8 +29,7 @@ private slots:
 
     void nothingMovesWithoutADocument()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!model.canGoNext());
         QVERIFY(!model.canGoPrevious());
         model.jumpBuffer.set("7");
@@ -44,8 +44,7 @@ private slots:
 
     void pagesAcrossFilesAsOneSequence()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({three, two});
         QVERIFY(!model.canGoPrevious());
         model.goToNextSlide();
@@ -67,26 +66,21 @@ private slots:
         platform.scheduler->runAll();
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
-        QCOMPARE(model.playlistIndex(), 1);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 2);
+        QCOMPARE(position(model), "1:0/2");
         QCOMPARE(model.jumpBuffer(), QString());
         QCOMPARE(TestPdf::pageShown(model.previewSlideImage()), 0);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
         QCOMPARE(model.previewSlideImage()->size(), QSize(1440, 1080));  // 4:3 page in the 1920×1080 snapshot
 
         model.goToPreviousSlide();
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.pageIndex(), 2);
-        QCOMPARE(model.pageCount(), 3);
+        QCOMPARE(position(model), "0:2/3");
         QCOMPARE(TestPdf::pageShown(model.previewSlideImage()), 2);
         QCOMPARE(model.previewSlideImage()->size(), QSize(1920, 1080));
     }
 
     void theEndOfTheSetDoesNotWrap()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({three, two});
         model.selectPlaylistItem(model.playlist()[1].id);
         model.goToNextSlide();
@@ -103,8 +97,7 @@ private slots:
 
     void typedJumps()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten, three});
         typeJump(model, "12");  // past the end: the last page of this file
         QCOMPARE(model.playlistIndex(), 0);
@@ -145,8 +138,7 @@ private slots:
 
     void goingToTheCurrentPageChangesNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToPage(3);
         platform.scheduler->runAll();
@@ -171,8 +163,7 @@ private slots:
 
     void zoomCentreSurvivesOnlyWithTheZoomTool()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.stageTool.set(StageTool::zoom);
         model.zoomCenter.set(QPointF(0.2, 0.3));
@@ -189,8 +180,7 @@ private slots:
 
     void freezeHoldsTheOutput()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten, three});
         model.goToPage(4);
         model.toggleFreeze();
@@ -228,8 +218,7 @@ private slots:
     {
         // Frozen on page 8 of the long file, the operator pages on into a
         // two-page file: that file has no page 8 to fade from.
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten, two});
         model.goToPage(7);
         model.toggleFreeze();
@@ -247,8 +236,7 @@ private slots:
 
     void frozenMoveIntoAnotherFileStillReplacesThePicture()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({three, two});
         model.goToPage(2);
         model.toggleFreeze();
@@ -261,8 +249,7 @@ private slots:
 
     void upcomingWithinAFile()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         QVERIFY(!model.canGoPrevious());
         model.goToPage(3);
