@@ -2,6 +2,7 @@
 #include "model/Observation.h"
 #include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -152,8 +153,7 @@ private slots:
 
     void derivedValuesAreSeenThrough()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         int told = 0;
         // Without a document canGoNext reads only `document`: other
         // properties are none of its business.
@@ -162,7 +162,6 @@ private slots:
         model.isBlackout.set(true);
         QCOMPARE(told, 0);
 
-        TestFolder folder;
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 2)});
         QCOMPARE(told, 1);  // `document` changed
 
