@@ -2,6 +2,7 @@
 #include "model/AppModel.h"
 #include "platform/QSettingsPreferences.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 
 #include <QtTest>
 
@@ -37,8 +38,7 @@ private slots:
     }
     void persistWritesEveryKeyInOrder()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.persistPreferences();
         const std::vector<QString> order{"aspect", "contentFit", "customWidth", "customHeight", "outputAlwaysOnTop",
                                          "isSyphonEnabled", "transitionStyle", "transitionDuration", "plannedDuration",
@@ -172,8 +172,7 @@ private slots:
     void firstRunOnAGermanSystemStoresGerman()
     {
         systemPrefers({"fr-FR", "de-DE"});
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!platform.preferences->values.contains("interfaceLanguage"));
         model.start();
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("de"));
@@ -212,8 +211,7 @@ private slots:
 
     void choosingAPaletteColourPersists()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.chooseMarkColor(MarkColor::presets()[3]);
         QCOMPARE(platform.preferences->values.value("markGreen").toDouble(), 0.82);
     }
