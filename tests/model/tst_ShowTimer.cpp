@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "model/TimeFormat.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -34,8 +35,7 @@ private slots:
 
     void pauseResumeAndReset()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QCOMPARE(model.timerElapsed(), 0.0);
         model.toggleTimer();
         QVERIFY(model.isTimerRunning());
@@ -66,11 +66,9 @@ private slots:
 
     void loadingASetStartsOnlyANeverRunTimer()
     {
-        TestFolder folder;
+        auto&& [folder, platform, model] = ModelFixture();
         const QString a = folder.pdf("a.pdf", 2);
         const QString b = folder.pdf("b.pdf", 2);
-        FakePlatform platform;
-        AppModel model(platform.services());
         model.replacePlaylist({a});
         QVERIFY(model.isTimerRunning());
         QCOMPARE(TimeFormat::duration(model.timerElapsed()), QStringLiteral("0:00"));
@@ -109,8 +107,7 @@ private slots:
 
     void remainingTime()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!model.timerRemaining());
         model.plannedDuration.set(60);
         model.toggleTimer();
