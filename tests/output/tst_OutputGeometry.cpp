@@ -3,6 +3,7 @@
 #include "output/OutputContentView.h"
 #include "platform/QtScreens.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QMenu>
@@ -16,8 +17,7 @@ class OutputGeometryTest : public QObject {
 private slots:
     void windowRectangles()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.aspect.set(AspectMode::r16x9);
         QCOMPARE(model.outputFrame(QRectF(0, 0, 1920, 1200)), QRectF(0, 60, 1920, 1080));
         model.aspect.set(AspectMode::r9x16);
@@ -35,8 +35,7 @@ private slots:
 
     void publishedSizes()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));  // no display: unclamped fallback
         model.aspect.set(AspectMode::custom);
         model.customWidth.set(4000);
@@ -61,8 +60,7 @@ private slots:
 
     void snapshotSizes()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.aspect.set(AspectMode::r16x9);
         QCOMPARE(model.snapshotSize(), QSizeF(1920, 1080));
         model.outputPixelSize.set(QSizeF(2880, 1800));
@@ -114,9 +112,7 @@ private slots:
 
     void frameStates()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         model.stageTool.set(StageTool::marker);
         model.laserPoint.set(QPointF(0.3, 0.3));
@@ -147,9 +143,7 @@ private slots:
 
     void outputViewPagesAndBlacksOut()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         OutputContentView view(model);
         view.resize(320, 180);
