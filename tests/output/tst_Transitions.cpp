@@ -1,5 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -51,8 +52,7 @@ private slots:
 
     void openingAndStyleNoneCut()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
@@ -67,8 +67,7 @@ private slots:
 
     void shortDurations()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.transitionDuration.set(0.04);
         model.goToNextSlide();
@@ -90,8 +89,7 @@ private slots:
 
     void aFullFadeRisesInSmallStepsAndEndsAtExactlyOne()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         ProgressLog log(model);
         const double start = platform.scheduler->now();
@@ -113,8 +111,7 @@ private slots:
 
     void aNewPressRestartsFromThePageJustLeft()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -135,8 +132,7 @@ private slots:
 
     void aCutDuringAFadeStopsItForGood()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -151,8 +147,7 @@ private slots:
 
     void loadingAnotherSetMidFadeIsACut()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -171,8 +166,7 @@ private slots:
 
     void unfreezeFadesFromTheHeldPage()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToPage(2);
         platform.scheduler->runAll();
@@ -194,8 +188,7 @@ private slots:
 
     void crossingIntoTheNextFileFadesOutOfTheOldOne()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten, three});
         model.goToPage(9);
         platform.scheduler->runAll();
@@ -209,8 +202,7 @@ private slots:
 
     void closingDuringAFadeStopsIt()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         model.closeDocument();
