@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/CanvasInteraction.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -64,8 +65,7 @@ private slots:
 
     void historyKeepsFortyRecords()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         const QString key = model.pageKey();
         for (int i = 0; i < 41; ++i)
@@ -82,8 +82,7 @@ private slots:
 
     void undoAfterClearRestoresInOrder()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         const QString key = model.pageKey();
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
@@ -123,8 +122,7 @@ private slots:
 
     void clearingAnEmptyPagePushesNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.1, 0.1}, false);
         model.handleCanvasPoint({0.2, 0.1}, false);
@@ -137,8 +135,7 @@ private slots:
 
     void clickAndTinyFramesStoreNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         const QString key = model.pageKey();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.4, 0.4}, true);
@@ -164,8 +161,7 @@ private slots:
 
     void pointsOutsideAreClamped()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.9, 0.5}, false);
         model.handleCanvasPoint({1.4, -0.3}, false);
@@ -177,8 +173,7 @@ private slots:
 
     void toolsToggleAndHideTheirMarks()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
         model.setTool(StageTool::marker);
@@ -205,8 +200,7 @@ private slots:
 
     void zoomRules()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.nudgeZoom(0.15);  // not the zoom tool: nothing
         QCOMPARE(model.zoomScale(), 2.2);
         QVERIFY(!model.zoomCenter());
@@ -242,8 +236,7 @@ private slots:
 
     void undoOnAnotherPageLeavesTheCurrentOne()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({six});
         platform.scheduler->runPending();
         QCOMPARE(model.pageCount(), 6);
