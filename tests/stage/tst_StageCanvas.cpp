@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/StageCanvas.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QGestureEvent>
@@ -53,9 +54,7 @@ private slots:
     {
         // A 4:3 slide on a 16:9 canvas: the picture is 360 wide, 60 from the
         // left, and input there lands on the slide's own edges.
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("four-three.pdf", 2, TestPdf::standard)});
         StageCanvas canvas(model);
         canvas.resize(480, 270);
@@ -72,8 +71,7 @@ private slots:
 
     void keysStayWithTheConsoleAndTheWheelStealsNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QWidget console;
         auto* layout = new QVBoxLayout(&console);
         auto* keys = new QLineEdit(&console);  // stands for the console's key handling
@@ -121,8 +119,7 @@ private slots:
 
     void markerDragStoresAStrokeClampedToTheEdge()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         canvas.resize(400, 300);  // letterboxed: 400×225 slide, 37.5 px bands
         canvas.show();
@@ -160,8 +157,7 @@ private slots:
 
     void markupIsDrawnWhereTheInputLanded()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         canvas.resize(400, 300);
         canvas.show();
@@ -181,8 +177,7 @@ private slots:
 
     void laserFollowsHoverAndHidesOnLeave()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         canvas.resize(320, 180);
         canvas.show();
@@ -209,8 +204,7 @@ private slots:
 
     void frameAndZoomByMouse()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         canvas.resize(320, 180);
         canvas.show();
@@ -236,8 +230,7 @@ private slots:
 
     void wheelNudgesZoomOnlyUnderZoom()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         canvas.resize(320, 180);
 
@@ -263,8 +256,7 @@ private slots:
 
     void pinchScalesTheZoom()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         model.setTool(StageTool::zoom);
         const QPointingDevice* pad = QPointingDevice::primaryPointingDevice();
