@@ -62,6 +62,7 @@ private slots:
         // The fade leaves the old file's last page, captured before the move.
         QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
         QCOMPARE(model.outgoingSlideImage()->size(), QSize(1920, 1080));
+        QCOMPARE(model.incomingSlideImage()->size(), QSize(1440, 1080));
         QCOMPARE(model.transitionProgress(), 0.0);
         platform.scheduler->runAll();
         QCOMPARE(model.transitionProgress(), 1.0);

@@ -314,6 +314,7 @@ private slots:
         QVERIFY(model.thumbnails().empty());
         QVERIFY(!model.incomingSlideImage() && !model.outgoingSlideImage());
         QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.needsLiveOutput());
         // The document cache was emptied: the file is opened afresh.
         model.replacePlaylist({a});
         QVERIFY(model.document());
