@@ -23,3 +23,13 @@ inline QString position(const AppModel& model)
 {
     return QStringLiteral("%1:%2/%3").arg(model.playlistIndex()).arg(model.pageIndex()).arg(model.pageCount());
 }
+
+// What `byPage` (strokesByPage or framesByPage) holds for page `key`; none
+// when the page has no marks.
+template <typename ByPage>
+const auto& marksOn(const ByPage& byPage, const QString& key)
+{
+    static const typename std::decay_t<decltype(byPage.peek())>::mapped_type none;
+    const auto it = byPage.peek().find(key);
+    return it == byPage.peek().end() ? none : it->second;
+}
