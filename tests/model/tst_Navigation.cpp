@@ -116,25 +116,19 @@ private slots:
         model.commitJump();  // nothing typed: no move
         QCOMPARE(model.pageIndex(), 4);
 
-        model.jumpBuffer.set("+3");
-        model.commitJump();
-        QCOMPARE(model.pageIndex(), 2);
-        model.jumpBuffer.set("-4");
-        model.commitJump();
-        QCOMPARE(model.pageIndex(), 0);
+        // Signed numbers and the ends of the 64-bit range clamp to the file;
+        // anything that is not a number moves nowhere (-1) and is consumed.
         model.goToPage(6);
-        for (const char* junk : {"1a", "+", "99999999999999999999", "9223372036854775808", "--1", " 3", "3 ", "\u0663"}) {
-            model.jumpBuffer.set(junk);
+        const std::pair<const char*, int> jumps[] = {
+            {"1a", -1}, {"+", -1}, {"99999999999999999999", -1}, {"9223372036854775808", -1}, {"--1", -1}, {" 3", -1},
+            {"3 ", -1}, {"\u0663", -1}, {"+3", 2}, {"-4", 0}, {"9223372036854775807", 9}, {"-9223372036854775808", 0}};
+        for (const auto& [typed, page] : jumps) {
+            const int before = model.pageIndex();
+            model.jumpBuffer.set(typed);
             model.commitJump();
             QCOMPARE(model.jumpBuffer(), QString());
-            QCOMPARE(model.pageIndex(), 6);
+            QVERIFY2(model.pageIndex() == (page < 0 ? before : page), typed);
         }
-        model.jumpBuffer.set("9223372036854775807");
-        model.commitJump();
-        QCOMPARE(model.pageIndex(), 9);
-        model.jumpBuffer.set("-9223372036854775808");
-        model.commitJump();
-        QCOMPARE(model.pageIndex(), 0);
     }
 
     void goingToTheCurrentPageChangesNothing()
