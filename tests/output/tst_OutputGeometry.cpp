@@ -38,17 +38,13 @@ private slots:
         auto&& [platform, model] = FakeModel();
         QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));  // no display: unclamped fallback
         model.aspect.set(AspectMode::custom);
-        model.customWidth.set(4000);
-        model.customHeight.set(3000);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 1920}));
-        model.customWidth.set(2561);
-        model.customHeight.set(100);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 98}));
-        model.customWidth.set(1921);
-        model.customHeight.set(1081);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));
-        model.customWidth.set(0);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{2, 1080}));
+        const std::tuple<int, int, PixelSize> custom[] = {
+            {4000, 3000, {2560, 1920}}, {2561, 100, {2560, 98}}, {1921, 1081, {1920, 1080}}, {0, 1081, {2, 1080}}};
+        for (const auto& [width, height, published] : custom) {
+            model.customWidth.set(width);
+            model.customHeight.set(height);
+            QCOMPARE(model.syphonPixelSize(), published);
+        }
 
         platform.screens->list = {PlatformScreen{3, "Retina", QRectF(0, 0, 2560, 1440), 2.0}};
         model.refreshDisplays();
