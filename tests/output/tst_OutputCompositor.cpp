@@ -1,4 +1,5 @@
 #include "output/OutputCompositor.h"
+#include "support/TestPdf.h"
 
 #include <QPainter>
 #include <QtTest>
@@ -6,18 +7,14 @@
 #include <functional>
 #include <random>
 
+using TestPdf::near;
+
 namespace {
 ImagePtr solid(QSize size, QColor colour)
 {
     auto image = std::make_shared<QImage>(size, QImage::Format_ARGB32_Premultiplied);
     image->fill(colour);
     return image;
-}
-
-bool near(QRgb pixel, QColor want, int tolerance = 3)
-{
-    return qAbs(qRed(pixel) - want.red()) <= tolerance && qAbs(qGreen(pixel) - want.green()) <= tolerance
-        && qAbs(qBlue(pixel) - want.blue()) <= tolerance;
 }
 
 // Pixels in `area` that pass `test`; by default those that are not black.
