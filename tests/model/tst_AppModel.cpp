@@ -1,13 +1,13 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 
 #include <QtTest>
 
 namespace {
-PlatformScreen screen(uint32_t id, const QString& name, QRectF frame)
-{
-    return PlatformScreen{id, name, frame, 1.0};
-}
+// The operator's laptop, the main display, and a projector beside it.
+const PlatformScreen laptop{7, "Laptop", QRectF(0, 0, 1440, 900), 1.0};
+const PlatformScreen projector{9, "Projector", QRectF(1440, 0, 1920, 1080), 1.0};
 }
 
 class AppModelTest : public QObject {
@@ -16,8 +16,7 @@ class AppModelTest : public QObject {
 private slots:
     void aNewModelHoldsTheInitialValuesAndDidNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!model.document() && !model.documentURL());
         QCOMPARE(model.pageIndex(), 0);
         QCOMPARE(model.pageCount(), 0);
@@ -64,7 +63,7 @@ private slots:
     void startWithOneDisplayKeepsTheOutputHidden()
     {
         FakePlatform platform;
-        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900))};
+        platform.screens->list = {laptop};
         platform.screens->mainId = 7;
         platform.recents->items = {"/a.pdf", "/b.pdf"};
         AppModel model(platform.services());
@@ -79,8 +78,7 @@ private slots:
     void startWithTwoDisplaysShowsTheOutputOnTheOtherOne()
     {
         FakePlatform platform;
-        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900)),
-                                  screen(9, "Projector", QRectF(1440, 0, 1920, 1080))};
+        platform.screens->list = {laptop, projector};
         platform.screens->mainId = 7;
         AppModel model(platform.services());
         model.start();
@@ -95,8 +93,7 @@ private slots:
         // Done the other way round the remembered choice would be lost at
         // every launch without that display.
         FakePlatform platform;
-        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900)),
-                                  screen(9, "Projector", QRectF(1440, 0, 1920, 1080))};
+        platform.screens->list = {laptop, projector};
         platform.screens->mainId = 7;
         platform.preferences->values["selectedDisplayID"] = 42;
         platform.preferences->values["isSyphonEnabled"] = false;
@@ -109,7 +106,7 @@ private slots:
     void startTwiceHoldsOneActivityAndOneObserver()
     {
         FakePlatform platform;
-        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900))};
+        platform.screens->list = {laptop};
         AppModel model(platform.services());
         model.start();
         model.start();
@@ -122,8 +119,7 @@ private slots:
     void displayChangesAreFollowedOnTheMainThread()
     {
         FakePlatform platform;
-        platform.screens->list = {screen(7, "Laptop", QRectF(0, 0, 1440, 900)),
-                                  screen(9, "Projector", QRectF(1440, 0, 1920, 1080))};
+        platform.screens->list = {laptop, projector};
         platform.screens->mainId = 7;
         std::optional<AppModel> model(std::in_place, platform.services());
         model->start();
@@ -142,8 +138,7 @@ private slots:
 
     void languageIsWrittenOnEveryAssignment()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         const AppLanguage current = model.interfaceLanguage();
         int told = 0;
         auto tracker = obs::withTracking([&] { (void)model.interfaceLanguage(); }, [&] { ++told; });

@@ -2,6 +2,7 @@
 #include "l10n/L10n.h"
 #include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -56,12 +57,19 @@ class PlaylistTest : public QObject {
         return out;
     }
 
+    // A stroke, a frame and their undo record on page "k", in a saved show.
+    static void markUpAndSave(AppModel& model)
+    {
+        model.strokesByPage.mutate([](auto& map) { map["k"] = {Stroke{}}; });
+        model.framesByPage.mutate([](auto& map) { map["k"] = {FrameRect{}}; });
+        model.annotationUndo.mutate([](auto& list) { list.push_back(AnnotationUndoRecord::AddedStroke{"k", {}}); });
+        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
+    }
+
 private slots:
     void unreadableFilesAreSkippedWithOneAlertEach()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         const QString a = folder.pdf("a.pdf", 3);
         const QString broken = folder.file("broken.pdf");
         TestPdf::writeNotPdf(broken);
@@ -71,9 +79,7 @@ private slots:
         QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
         QCOMPARE(platform.dialogs->alerts[0].title, L10n::t("alert.pdf_open"));
         QCOMPARE(platform.dialogs->alerts[0].text, QStringLiteral("broken.pdf"));
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 3);
+        QCOMPARE(position(model), "0:0/3");
         QCOMPARE(model.documentURL(), std::optional<QString>(a));
         QVERIFY(model.previewSlideImage());
         QCOMPARE(model.incomingSlideImage(), model.previewSlideImage());
@@ -84,24 +90,19 @@ private slots:
 
     void unreadableFilesNeverCrashAndLeaveTheSetAsItWas()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         const QString good = folder.pdf("good.pdf", 2);
         model.replacePlaylist({good});
         model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
         const auto before = model.playlist();
 
-        QStringList bad;
-        bad << folder.file("missing.pdf");
         TestPdf::writeEmpty(folder.file("empty.pdf"));
-        bad << folder.file("empty.pdf");
         QVERIFY(TestPdf::writeTruncated(folder.file("truncated.pdf")));
-        bad << folder.file("truncated.pdf");
         QVERIFY(TestPdf::writeEncrypted(folder.file("locked.pdf")));
-        bad << folder.file("locked.pdf");
         QDir(folder.path()).mkdir("folder.pdf");
-        bad << folder.file("folder.pdf");
+        QStringList bad;
+        for (const char* name : {"missing.pdf", "empty.pdf", "truncated.pdf", "locked.pdf", "folder.pdf"})
+            bad << folder.file(name);
 
         model.replacePlaylist(bad);
         QCOMPARE(platform.dialogs->alerts.size(), std::size_t(bad.size()));
@@ -115,24 +116,17 @@ private slots:
 
     void replaceKeepsMarkupAndCacheButForgetsShowAndUndo()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         const QString a = folder.pdf("a.pdf", 3);
         const QString b = folder.pdf("b.pdf", 2);
         model.replacePlaylist({a, b});
         const auto firstDocument = model.document();
         model.goToNextSlide();
-        model.strokesByPage.mutate([](auto& map) { map["k"] = {Stroke{}}; });
-        model.framesByPage.mutate([](auto& map) { map["k"] = {FrameRect{}}; });
-        model.annotationUndo.mutate([](auto& list) { list.push_back(AnnotationUndoRecord::AddedStroke{"k", {}}); });
-        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
+        markUpAndSave(model);
 
         model.replacePlaylist({b, a});
         QCOMPARE(titles(model), (QStringList{"b", "a"}));
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 2);
+        QCOMPARE(position(model), "0:0/2");
         QVERIFY(!model.showFileURL());
         QVERIFY(model.annotationUndo().empty());
         QCOMPARE(model.strokesByPage().size(), std::size_t(1));
@@ -148,9 +142,7 @@ private slots:
 
     void appendKeepsPositionOrLoadsIntoAnEmptySet()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         const QString a = folder.pdf("a.pdf", 3);
         const QString b = folder.pdf("b.pdf", 2);
         model.appendToPlaylist({a});
@@ -167,9 +159,7 @@ private slots:
 
     void moveKeepsTheCurrentEntryWithoutReloading()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 2), folder.pdf("b.pdf", 2), folder.pdf("c.pdf", 2), folder.pdf("d.pdf", 2)});
         model.goToPage(1);
         const auto preview = model.previewSlideImage();
@@ -188,16 +178,11 @@ private slots:
 
     void selectAndRemove()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5)});
-        const auto ids = [&] {
-            std::vector<QUuid> out;
-            for (const auto& e : model.playlist())
-                out.push_back(e.id);
-            return out;
-        }();
+        std::vector<QUuid> ids;
+        for (const auto& e : model.playlist())
+            ids.push_back(e.id);
         model.selectPlaylistItem(ids[2]);
         QCOMPARE(model.playlistIndex(), 2);
         QCOMPARE(model.pageCount(), 5);
@@ -209,9 +194,7 @@ private slots:
         // the removed index, page 0.
         model.removePlaylistItem(ids[0]);
         QCOMPARE(titles(model), (QStringList{"b", "c"}));
-        QCOMPARE(model.playlistIndex(), 0);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 4);
+        QCOMPARE(position(model), "0:0/4");
         model.removePlaylistItem(ids[2]);
         QCOMPARE(model.playlistIndex(), 0);
 
@@ -229,9 +212,7 @@ private slots:
 
     void removingAnotherEntryStillLandsOnPageZeroAtTheRemovedIndex()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5), folder.pdf("d.pdf", 2)});
         const QUuid c = model.playlist()[2].id;
         const QUuid d = model.playlist()[3].id;
@@ -240,26 +221,20 @@ private slots:
         // lands on the entry now at the removed index.
         model.removePlaylistItem(c);
         QCOMPARE(titles(model), (QStringList{"a", "b", "d"}));
-        QCOMPARE(model.playlistIndex(), 2);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 2);
+        QCOMPARE(position(model), "2:0/2");
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
         // Removing the last entry lands on the one now last.
         model.goToPage(1);
         model.removePlaylistItem(d);
-        QCOMPARE(model.playlistIndex(), 1);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 4);
+        QCOMPARE(position(model), "1:0/4");
         model.removePlaylistItem(QUuid::createUuid());  // unknown: nothing
         QCOMPARE(titles(model), (QStringList{"a", "b"}));
     }
 
     void selectingMovesIntoTheEntryWithAFade()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4)});
         model.goToPage(2);
         platform.scheduler->runAll();
@@ -268,9 +243,7 @@ private slots:
         QCOMPARE(model.pageIndex(), 2);
         QCOMPARE(model.transitionProgress(), 1.0);
         model.selectPlaylistItem(model.playlist()[1].id);
-        QCOMPARE(model.playlistIndex(), 1);
-        QCOMPARE(model.pageIndex(), 0);
-        QCOMPARE(model.pageCount(), 4);
+        QCOMPARE(position(model), "1:0/4");
         // The fade starts from the page the output showed in the old file.
         QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
@@ -281,9 +254,7 @@ private slots:
     {
         // An entry can outlive its file (a show made elsewhere): moving into
         // it keeps the open document and raises no alert.
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         const auto document = model.document();
         model.playlist.mutate([&](auto& list) {
@@ -299,9 +270,7 @@ private slots:
 
     void closeResetsThePresentationButKeepsTimerAndMarkup()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         const QString a = folder.pdf("a.pdf", 3);
         model.replacePlaylist({a, folder.pdf("b.pdf", 2)});
         const auto firstDocument = model.document();
@@ -310,10 +279,7 @@ private slots:
         model.toggleFreeze();
         model.goToNextSlide();
         model.isBlackout.set(true);
-        model.strokesByPage.mutate([](auto& map) { map["k"] = {Stroke{}}; });
-        model.framesByPage.mutate([](auto& map) { map["k"] = {FrameRect{}}; });
-        model.annotationUndo.mutate([](auto& list) { list.push_back(AnnotationUndoRecord::AddedStroke{"k", {}}); });
-        model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
+        markUpAndSave(model);
         model.stageTool.set(StageTool::zoom);
         model.laserPoint.set(QPointF(0.5, 0.5));
         model.zoomCenter.set(QPointF(0.5, 0.5));
@@ -348,6 +314,7 @@ private slots:
         QVERIFY(model.thumbnails().empty());
         QVERIFY(!model.incomingSlideImage() && !model.outgoingSlideImage());
         QCOMPARE(model.transitionProgress(), 1.0);
+        QVERIFY(!model.needsLiveOutput());
         // The document cache was emptied: the file is opened afresh.
         model.replacePlaylist({a});
         QVERIFY(model.document());
@@ -371,10 +338,8 @@ private slots:
 
     void pageKeyAndGlobalIndex()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         QCOMPARE(model.pageKey(), QStringLiteral("none-0"));
-        TestFolder folder;
         model.replacePlaylist({folder.pdf("a.pdf", 10), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5)});
         model.playlist.mutate([](auto& list) { list[0].id = QUuid("{3f2504e0-4f89-11d3-9a0c-0305e82c3301}"); });
         QCOMPARE(model.pageKey(), QStringLiteral("3F2504E0-4F89-11D3-9A0C-0305E82C3301-0"));
@@ -386,9 +351,7 @@ private slots:
 
     void titles_()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         QCOMPARE(model.showTitle(), QStringLiteral("PDF Brelvonic"));
         QCOMPARE(model.fileTitle(), L10n::t("file.none"));
         model.replacePlaylist({folder.pdf("Act 1.final.pdf", 2)});
@@ -404,8 +367,7 @@ private slots:
 
         // A document without an entry is named by its file, the last
         // extension dropped.
-        FakePlatform other;
-        AppModel bare(other.services());
+        auto&& [other, bare] = FakeModel();
         bare.documentURL.set(QStringLiteral("/decks/Finale.v3.pdf"));
         QCOMPARE(bare.fileTitle(), QStringLiteral("Finale.v3"));
         QCOMPARE(bare.showTitle(), QStringLiteral("PDF Brelvonic"));
@@ -413,9 +375,7 @@ private slots:
 
     void thumbnailsArriveInOrderInBatchesOfSix()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("twenty.pdf", 20, TestPdf::standard)});
         QVERIFY(model.thumbnails().empty());  // nothing rendered inside the load
         std::vector<std::size_t> sizes;
@@ -435,9 +395,7 @@ private slots:
 
     void newSetCancelsTheOldRender()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 20)});
         platform.scheduler->runNext();
         QCOMPARE(model.thumbnails().size(), std::size_t(6));

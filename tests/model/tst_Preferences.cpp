@@ -2,10 +2,20 @@
 #include "model/AppModel.h"
 #include "platform/QSettingsPreferences.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 
 #include <QtTest>
 
 #include <limits>
+
+// A model started on a fake store that holds `stored`.
+struct StartedModel : FakeModel {
+    explicit StartedModel(const QMap<QString, QVariant>& stored)
+    {
+        platform.preferences->values.insert(stored);
+        model.start();
+    }
+};
 
 class PreferencesTest : public QObject {
     Q_OBJECT
@@ -37,8 +47,7 @@ private slots:
     }
     void persistWritesEveryKeyInOrder()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.persistPreferences();
         const std::vector<QString> order{"aspect", "contentFit", "customWidth", "customHeight", "outputAlwaysOnTop",
                                          "isSyphonEnabled", "transitionStyle", "transitionDuration", "plannedDuration",
@@ -103,31 +112,17 @@ private slots:
             {4294967295LL, 4294967295u}, {4294967296LL, std::nullopt}, {-5, std::nullopt},
             {0, std::nullopt},           {"7", 7u},                    {"screen", std::nullopt},
         };
-        for (const auto& [stored, expected] : cases) {
-            FakePlatform platform;
-            platform.preferences->values["selectedDisplayID"] = stored;
-            AppModel model(platform.services());
-            model.start();
-            QCOMPARE(model.selectedDisplayID(), expected);
-        }
+        for (const auto& [stored, expected] : cases)
+            QCOMPARE(StartedModel({{"selectedDisplayID", stored}}).model.selectedDisplayID(), expected);
     }
 
     void badStoredValuesKeepTheDefaults()
     {
-        FakePlatform platform;
-        auto& v = platform.preferences->values;
-        v["aspect"] = "r21x9";
-        v["contentFit"] = "stretch";
-        v["customWidth"] = 0;
-        v["customHeight"] = 720;
-        v["transitionStyle"] = "wipe";
-        v["transitionDuration"] = -0.2;
-        v["plannedDuration"] = -60.0;
-        v["interfaceLanguage"] = "fr";
-        v["selectedDisplayID"] = 4294967296LL;
-        v["outputAlwaysOnTop"] = "maybe";
-        AppModel model(platform.services());
-        model.start();
+        auto&& [platform, model] = StartedModel({{"aspect", "r21x9"}, {"contentFit", "stretch"}, {"customWidth", 0},
+                                                 {"customHeight", 720}, {"transitionStyle", "wipe"},
+                                                 {"transitionDuration", -0.2}, {"plannedDuration", -60.0},
+                                                 {"interfaceLanguage", "fr"}, {"selectedDisplayID", 4294967296LL},
+                                                 {"outputAlwaysOnTop", "maybe"}});
         QCOMPARE(model.aspect(), AspectMode::fillDisplay);
         QCOMPARE(model.contentFit(), ContentFit::contain);
         QCOMPARE(model.customWidth(), 1920);
@@ -147,33 +142,22 @@ private slots:
     {
         // A hand-edited settings file: "inf" would make every fade endless
         // and the remaining time of a plan meaningless.
-        FakePlatform platform;
-        auto& v = platform.preferences->values;
-        v["transitionDuration"] = "inf";
-        v["plannedDuration"] = "inf";
-        v["markRed"] = "nan";
-        v["markGreen"] = 0.5;
-        AppModel model(platform.services());
-        model.start();
-        QCOMPARE(model.transitionDuration(), 0.45);
-        QCOMPARE(model.plannedDuration(), 0.0);
-        QCOMPARE(model.markColor(), MarkColor{});
+        const StartedModel text({{"transitionDuration", "inf"}, {"plannedDuration", "inf"}, {"markRed", "nan"},
+                                 {"markGreen", 0.5}});
+        QCOMPARE(text.model.transitionDuration(), 0.45);
+        QCOMPARE(text.model.plannedDuration(), 0.0);
+        QCOMPARE(text.model.markColor(), MarkColor{});
 
-        FakePlatform typed;
-        typed.preferences->values["transitionDuration"] = std::numeric_limits<double>::infinity();
-        typed.preferences->values["markRed"] = 0.25;
-        typed.preferences->values["markBlue"] = -std::numeric_limits<double>::infinity();
-        AppModel other(typed.services());
-        other.start();
-        QCOMPARE(other.transitionDuration(), 0.45);
-        QCOMPARE(other.markColor(), (MarkColor{0.25, 0, 0}));
+        const double inf = std::numeric_limits<double>::infinity();
+        const StartedModel typed({{"transitionDuration", inf}, {"markRed", 0.25}, {"markBlue", -inf}});
+        QCOMPARE(typed.model.transitionDuration(), 0.45);
+        QCOMPARE(typed.model.markColor(), (MarkColor{0.25, 0, 0}));
     }
 
     void firstRunOnAGermanSystemStoresGerman()
     {
         systemPrefers({"fr-FR", "de-DE"});
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!platform.preferences->values.contains("interfaceLanguage"));
         model.start();
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("de"));
@@ -187,33 +171,21 @@ private slots:
     void storedLanguageWinsOverTheSystem()
     {
         systemPrefers({"de-DE"});
-        FakePlatform platform;
-        platform.preferences->values["interfaceLanguage"] = "zh-Hans";
-        AppModel model(platform.services());
-        model.start();
+        auto&& [platform, model] = StartedModel({{"interfaceLanguage", "zh-Hans"}});
         QCOMPARE(model.interfaceLanguage(), AppLanguage::chinese);
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("zh-Hans"));
     }
 
     void markRedAloneGivesRedOnly()
     {
-        FakePlatform platform;
-        platform.preferences->values["markRed"] = 0.5;
-        AppModel model(platform.services());
-        model.start();
-        QCOMPARE(model.markColor(), (MarkColor{0.5, 0, 0}));
-
-        FakePlatform none;
-        none.preferences->values["markGreen"] = 0.9;  // without red nothing applies
-        AppModel other(none.services());
-        other.start();
-        QCOMPARE(other.markColor(), MarkColor{});
+        QCOMPARE(StartedModel({{"markRed", 0.5}}).model.markColor(), (MarkColor{0.5, 0, 0}));
+        // Without red nothing applies.
+        QCOMPARE(StartedModel({{"markGreen", 0.9}}).model.markColor(), MarkColor{});
     }
 
     void choosingAPaletteColourPersists()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.chooseMarkColor(MarkColor::presets()[3]);
         QCOMPARE(platform.preferences->values.value("markGreen").toDouble(), 0.82);
     }

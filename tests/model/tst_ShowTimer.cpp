@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "model/TimeFormat.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -11,31 +12,21 @@ class ShowTimerTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void durationFormat_data()
-    {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("zero") << 0.0 << "0:00";
-        QTest::newRow("truncates") << 59.9 << "0:59";
-        QTest::newRow("minute") << 61.0 << "1:01";
-        QTest::newRow("under an hour") << 3599.99 << "59:59";
-        QTest::newRow("one hour") << 3600.0 << "1:00:00";
-        QTest::newRow("ten hours") << 36000.0 << "10:00:00";
-        QTest::newRow("negative") << -5.0 << "0:00";
-        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << "0:00";
-        QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << "0:00";
-    }
     void durationFormat()
     {
-        QFETCH(double, seconds);
-        QFETCH(QString, text);
-        QCOMPARE(TimeFormat::duration(seconds), text);
+        // Truncated to whole seconds; hours only from one hour; nothing
+        // negative or not finite.
+        const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
+        const std::pair<double, const char*> cases[] = {{0, "0:00"},       {59.9, "0:59"},      {61, "1:01"},
+                                                        {3599.99, "59:59"}, {3600, "1:00:00"},   {36000, "10:00:00"},
+                                                        {-5, "0:00"},       {nan, "0:00"},       {inf, "0:00"}};
+        for (const auto& [seconds, text] : cases)
+            QCOMPARE(TimeFormat::duration(seconds), QString::fromLatin1(text));
     }
 
     void pauseResumeAndReset()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QCOMPARE(model.timerElapsed(), 0.0);
         model.toggleTimer();
         QVERIFY(model.isTimerRunning());
@@ -66,11 +57,9 @@ private slots:
 
     void loadingASetStartsOnlyANeverRunTimer()
     {
-        TestFolder folder;
+        auto&& [folder, platform, model] = ModelFixture();
         const QString a = folder.pdf("a.pdf", 2);
         const QString b = folder.pdf("b.pdf", 2);
-        FakePlatform platform;
-        AppModel model(platform.services());
         model.replacePlaylist({a});
         QVERIFY(model.isTimerRunning());
         QCOMPARE(TimeFormat::duration(model.timerElapsed()), QStringLiteral("0:00"));
@@ -109,8 +98,7 @@ private slots:
 
     void remainingTime()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QVERIFY(!model.timerRemaining());
         model.plannedDuration.set(60);
         model.toggleTimer();

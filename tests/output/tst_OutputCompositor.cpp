@@ -1,9 +1,13 @@
 #include "output/OutputCompositor.h"
+#include "support/TestPdf.h"
 
 #include <QPainter>
 #include <QtTest>
 
+#include <functional>
 #include <random>
+
+using TestPdf::near;
 
 namespace {
 ImagePtr solid(QSize size, QColor colour)
@@ -13,19 +17,19 @@ ImagePtr solid(QSize size, QColor colour)
     return image;
 }
 
-bool near(QRgb pixel, QColor want, int tolerance = 3)
+// Pixels in `area` that pass `test`; by default those that are not black.
+int count(const QImage& image, QRect area, const std::function<bool(QRgb)>& test = [](QRgb p) { return (p & 0xFFFFFF) != 0; })
 {
-    return qAbs(qRed(pixel) - want.red()) <= tolerance && qAbs(qGreen(pixel) - want.green()) <= tolerance
-        && qAbs(qBlue(pixel) - want.blue()) <= tolerance;
+    int n = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            n += test(image.pixel(x, y));
+    return n;
 }
 
 int countColoured(const QImage& image)
 {
-    int n = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            n += (image.pixel(x, y) & 0xFFFFFF) != 0;
-    return n;
+    return count(image, image.rect());
 }
 
 // Every channel of every pixel within `tolerance`.
@@ -51,13 +55,29 @@ ImagePtr gradient(QSize size, int seed)
     return image;
 }
 
-// Width of the non-black run along the middle row.
+// `s` drawn on a green canvas; a clip sends it through the painter instead
+// of the one-pass blend.
+QImage drawn(const OutputFrameState& s, QSize canvas, QImage::Format format, bool clip)
+{
+    QImage image(canvas, format);
+    image.fill(Qt::green);
+    QPainter p(&image);
+    if (clip)
+        p.setClipRect(QRect(QPoint(0, 0), canvas));
+    OutputCompositor::draw(s, p, QSizeF(canvas));
+    return image;
+}
+
+// How far the one-pass blend is from the painter, on a 37×21 canvas.
+int blendError(const OutputFrameState& s, QImage::Format format = QImage::Format_ARGB32_Premultiplied)
+{
+    return worstDifference(drawn(s, {37, 21}, format, false), drawn(s, {37, 21}, format, true));
+}
+
+// Width of the non-black run along row `y`.
 int litWidth(const QImage& image, int y)
 {
-    int n = 0;
-    for (int x = 0; x < image.width(); ++x)
-        n += (image.pixel(x, y) & 0xFFFFFF) != 0;
-    return n;
+    return count(image, QRect(0, y, image.width(), 1));
 }
 }
 
@@ -76,6 +96,8 @@ private slots:
         s.isBlackout = true;
         QCOMPARE(countColoured(OutputCompositor::makeImage(s, {160, 90})), 0);
         QCOMPARE(countColoured(OutputCompositor::makeImage(OutputFrameState{}, {160, 90})), 0);
+        // Nothing to draw on still makes a 2×2 frame.
+        QCOMPARE(OutputCompositor::makeImage(OutputFrameState{}, {0, 0}).size(), QSize(2, 2));
     }
 
     void containLeavesBarsAndCoverCrops()
@@ -120,21 +142,6 @@ private slots:
         // Frames the size of the slides take a one-pass blend; a clip sends
         // the same state through the painter. Both must give the same pixels,
         // within one step of rounding.
-        const auto viaPainter = [](const OutputFrameState& s, QSize size, QImage::Format format) {
-            QImage image(size, format);
-            image.fill(Qt::green);
-            QPainter p(&image);
-            p.setClipRect(QRect(QPoint(0, 0), size));
-            OutputCompositor::draw(s, p, QSizeF(size));
-            return image;
-        };
-        const auto direct = [](const OutputFrameState& s, QSize size, QImage::Format format) {
-            QImage image(size, format);
-            image.fill(Qt::green);
-            QPainter p(&image);
-            OutputCompositor::draw(s, p, QSizeF(size));
-            return image;
-        };
         auto incoming = gradient({37, 21}, 0);
         // A translucent patch goes the long way, mid-row.
         auto patched = std::make_shared<QImage>(*incoming);
@@ -151,14 +158,14 @@ private slots:
                     s.incoming = in;
                     s.outgoing = outgoing;
                     s.progress = progress;
-                    const int worst = worstDifference(direct(s, {37, 21}, format), viaPainter(s, {37, 21}, format));
+                    const int worst = blendError(s, format);
                     QVERIFY2(worst <= 1, qPrintable(QStringLiteral("progress %1, format %3, patched %4: off by %2").arg(progress).arg(worst).arg(int(format)).arg(in == patched)));
                 }
         OutputFrameState bars;
         bars.incoming = narrow;
         bars.progress = 0.6;
-        const QImage barred = direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied);
-        QVERIFY(worstDifference(barred, viaPainter(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied)) <= 1);
+        QVERIFY(blendError(bars) <= 1);
+        const QImage barred = drawn(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied, false);
         QCOMPARE(barred.pixel(0, 10), qRgb(0, 0, 0));
         QCOMPARE(barred.pixel(36, 10), qRgb(0, 0, 0));
         // A slide a pixel short of the canvas sits half a pixel off the grid.
@@ -166,9 +173,7 @@ private slots:
         offGrid.incoming = gradient({37, 20}, 3);
         offGrid.outgoing = gradient({37, 20}, 50);
         offGrid.progress = 0.4;
-        QVERIFY(worstDifference(direct(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied),
-                                viaPainter(offGrid, {37, 21}, QImage::Format_ARGB32_Premultiplied))
-                <= 1);
+        QVERIFY(blendError(offGrid) <= 1);
         // A painter with a window of its own scales the canvas: only the
         // painter knows where the slide lands.
         const auto windowed = [](const OutputFrameState& s, bool clip) {
@@ -187,9 +192,7 @@ private slots:
         QVERIFY(near(scaledUp.pixel(39, 39), QColor(halves.incoming->pixel(19, 19)), 8));
         // The outgoing slide of another shape: the painter does it all.
         bars.outgoing = outgoing;
-        QVERIFY(worstDifference(direct(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied),
-                                viaPainter(bars, {37, 21}, QImage::Format_ARGB32_Premultiplied))
-                <= 1);
+        QVERIFY(blendError(bars) <= 1);
     }
 
     void oneWayBlendMatchesThePainterOnMixedShapes()
@@ -233,16 +236,7 @@ private slots:
             s.progress = progresses[pick(0, 7)];
             s.fit = pick(0, 1) ? ContentFit::cover : ContentFit::contain;
             const QImage::Format format = formats[pick(0, 1)];
-            const auto drawn = [&](bool clip) {
-                QImage image(canvas, format);
-                image.fill(Qt::green);
-                QPainter p(&image);
-                if (clip)
-                    p.setClipRect(QRect(QPoint(0, 0), canvas));
-                OutputCompositor::draw(s, p, QSizeF(canvas));
-                return image;
-            };
-            const int worst = worstDifference(drawn(false), drawn(true));
+            const int worst = worstDifference(drawn(s, canvas, format, false), drawn(s, canvas, format, true));
             QVERIFY2(worst <= 2, qPrintable(QStringLiteral("round %1: canvas %2×%3, slide %4×%5, off by %6")
                                                 .arg(round).arg(canvas.width()).arg(canvas.height())
                                                 .arg(slide.width()).arg(slide.height()).arg(worst)));
@@ -264,10 +258,7 @@ private slots:
             QPainter p(&target);
             OutputCompositor::draw(s, p, QSizeF(20, 20));
         }
-        int between = 0;
-        for (int x = 0; x < 40; ++x)
-            between += qRed(target.pixel(x, 20)) > 30 && qRed(target.pixel(x, 20)) < 225;
-        QVERIFY(between >= 1);
+        QVERIFY(count(target, QRect(0, 20, 40, 1), [](QRgb p) { return qRed(p) > 30 && qRed(p) < 225; }) >= 1);
         QVERIFY(near(target.pixel(2, 20), Qt::white));
         QVERIFY(near(target.pixel(37, 20), Qt::black));
     }
@@ -311,10 +302,7 @@ private slots:
         // Width 0 still draws 2 units: a horizontal line covers 2 rows.
         s.strokes = {Stroke{QUuid::createUuid(), {{0.1, 0.5}, {0.9, 0.5}}, 1, 1, 1, 0}};
         const QImage line = OutputCompositor::makeImage(s, {200, 100});
-        int rows = 0;
-        for (int y = 40; y < 60; ++y)
-            rows += qRed(line.pixel(100, y)) > 100;
-        QCOMPARE(rows, 2);
+        QCOMPARE(count(line, QRect(100, 40, 1, 20), [](QRgb p) { return qRed(p) > 100; }), 2);
 
         // A frame one unit wide is skipped; a reversed one is drawn standardised.
         s.strokes.clear();
@@ -356,16 +344,8 @@ private slots:
             const int cy = size.height() / 2;
             QCOMPARE(litWidth(image, cy), 34);
             // The opaque core is 12 across (edge pixels are antialiased).
-            int core = 0;
-            for (int x = 0; x < image.width(); ++x)
-                core += qRed(image.pixel(x, cy)) > 160;
-            QCOMPARE(core, 12);
+            QCOMPARE(count(image, QRect(0, cy, image.width(), 1), [](QRgb p) { return qRed(p) > 160; }), 12);
         }
-    }
-
-    void tinySizesMakeTwoByTwo()
-    {
-        QCOMPARE(OutputCompositor::makeImage(OutputFrameState{}, {0, 0}).size(), QSize(2, 2));
     }
 };
 

@@ -3,6 +3,7 @@
 #include "output/OutputContentView.h"
 #include "platform/QtScreens.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QMenu>
@@ -16,8 +17,7 @@ class OutputGeometryTest : public QObject {
 private slots:
     void windowRectangles()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.aspect.set(AspectMode::r16x9);
         QCOMPARE(model.outputFrame(QRectF(0, 0, 1920, 1200)), QRectF(0, 60, 1920, 1080));
         model.aspect.set(AspectMode::r9x16);
@@ -35,21 +35,16 @@ private slots:
 
     void publishedSizes()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));  // no display: unclamped fallback
         model.aspect.set(AspectMode::custom);
-        model.customWidth.set(4000);
-        model.customHeight.set(3000);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 1920}));
-        model.customWidth.set(2561);
-        model.customHeight.set(100);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{2560, 98}));
-        model.customWidth.set(1921);
-        model.customHeight.set(1081);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));
-        model.customWidth.set(0);
-        QCOMPARE(model.syphonPixelSize(), (PixelSize{2, 1080}));
+        const std::tuple<int, int, PixelSize> custom[] = {
+            {4000, 3000, {2560, 1920}}, {2561, 100, {2560, 98}}, {1921, 1081, {1920, 1080}}, {0, 1081, {2, 1080}}};
+        for (const auto& [width, height, published] : custom) {
+            model.customWidth.set(width);
+            model.customHeight.set(height);
+            QCOMPARE(model.syphonPixelSize(), published);
+        }
 
         platform.screens->list = {PlatformScreen{3, "Retina", QRectF(0, 0, 2560, 1440), 2.0}};
         model.refreshDisplays();
@@ -61,8 +56,7 @@ private slots:
 
     void snapshotSizes()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.aspect.set(AspectMode::r16x9);
         QCOMPARE(model.snapshotSize(), QSizeF(1920, 1080));
         model.outputPixelSize.set(QSizeF(2880, 1800));
@@ -114,9 +108,7 @@ private slots:
 
     void frameStates()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         model.stageTool.set(StageTool::marker);
         model.laserPoint.set(QPointF(0.3, 0.3));
@@ -147,9 +139,7 @@ private slots:
 
     void outputViewPagesAndBlacksOut()
     {
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         OutputContentView view(model);
         view.resize(320, 180);

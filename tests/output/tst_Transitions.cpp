@@ -1,5 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -40,19 +41,14 @@ private slots:
 
     void easing()
     {
-        QCOMPARE(AppModel::transitionEase(0), 0.0);
-        QCOMPARE(AppModel::transitionEase(0.5), 0.5);
-        QCOMPARE(AppModel::transitionEase(1), 1.0);
-        QCOMPARE(AppModel::transitionEase(0.25), 0.125);
-        QCOMPARE(AppModel::transitionEase(0.75), 0.875);
-        QCOMPARE(AppModel::transitionEase(-1), 0.0);
-        QCOMPARE(AppModel::transitionEase(2), 1.0);
+        const std::pair<double, double> cases[] = {{0, 0}, {0.5, 0.5}, {1, 1}, {0.25, 0.125}, {0.75, 0.875}, {-1, 0}, {2, 1}};
+        for (const auto& [t, eased] : cases)
+            QCOMPARE(AppModel::transitionEase(t), eased);
     }
 
     void openingAndStyleNoneCut()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
@@ -67,8 +63,7 @@ private slots:
 
     void shortDurations()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.transitionDuration.set(0.04);
         model.goToNextSlide();
@@ -90,8 +85,7 @@ private slots:
 
     void aFullFadeRisesInSmallStepsAndEndsAtExactlyOne()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         ProgressLog log(model);
         const double start = platform.scheduler->now();
@@ -113,8 +107,7 @@ private slots:
 
     void aNewPressRestartsFromThePageJustLeft()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -135,8 +128,7 @@ private slots:
 
     void aCutDuringAFadeStopsItForGood()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -151,8 +143,7 @@ private slots:
 
     void loadingAnotherSetMidFadeIsACut()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -171,8 +162,7 @@ private slots:
 
     void unfreezeFadesFromTheHeldPage()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({ten});
         model.goToPage(2);
         platform.scheduler->runAll();
@@ -190,35 +180,6 @@ private slots:
         model.toggleFreeze();
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
-    }
-
-    void crossingIntoTheNextFileFadesOutOfTheOldOne()
-    {
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({ten, three});
-        model.goToPage(9);
-        platform.scheduler->runAll();
-        model.goToNextSlide();
-        QCOMPARE(model.playlistIndex(), 1);
-        QCOMPARE(model.transitionProgress(), 0.0);
-        QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 9);
-        QCOMPARE(model.outgoingSlideImage()->size(), QSize(1920, 1080));
-        QCOMPARE(model.incomingSlideImage()->size(), QSize(1440, 1080));
-    }
-
-    void closingDuringAFadeStopsIt()
-    {
-        FakePlatform platform;
-        AppModel model(platform.services());
-        model.replacePlaylist({ten});
-        model.goToNextSlide();
-        model.closeDocument();
-        platform.scheduler->runAll();
-        QCOMPARE(model.transitionProgress(), 1.0);
-        QVERIFY(!model.outgoingSlideImage());
-        QVERIFY(!model.incomingSlideImage());
-        QVERIFY(!model.needsLiveOutput());
     }
 };
 

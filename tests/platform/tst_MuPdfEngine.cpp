@@ -7,18 +7,14 @@
 
 #include <thread>
 
+using TestPdf::near;
+
 namespace {
 PdfDocumentPtr openOk(MuPdfEngine& engine, const QString& path)
 {
     auto result = engine.open(path);
     auto* doc = std::get_if<PdfDocumentPtr>(&result);
     return doc ? *doc : nullptr;
-}
-
-bool near(QRgb a, unsigned b)
-{
-    return qAbs(qRed(a) - int((b >> 16) & 0xFF)) <= 3 && qAbs(qGreen(a) - int((b >> 8) & 0xFF)) <= 3
-        && qAbs(qBlue(a) - int(b & 0xFF)) <= 3;
 }
 }
 

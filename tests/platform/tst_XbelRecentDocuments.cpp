@@ -7,33 +7,26 @@
 
 namespace {
 
-const char* othersStore =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<xbel version=\"1.0\"\n"
-    "      xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\"\n"
-    "      xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\"\n"
-    ">\n"
-    "  <bookmark href=\"file:///home/op/Music/set%20list.odt\" added=\"2026-01-02T10:00:00.000000Z\" modified=\"2026-01-02T10:00:00.000000Z\" visited=\"2026-01-02T10:00:00.000000Z\">\n"
-    "    <info>\n"
-    "      <metadata owner=\"http://freedesktop.org\">\n"
-    "        <mime:mime-type type=\"application/vnd.oasis.opendocument.text\"/>\n"
-    "        <bookmark:applications>\n"
-    "          <bookmark:application name=\"Writer\" exec=\"&apos;writer %u&apos;\" modified=\"2026-01-02T10:00:00.000000Z\" count=\"3\"/>\n"
-    "        </bookmark:applications>\n"
-    "      </metadata>\n"
-    "    </info>\n"
-    "  </bookmark>\n"
-    "  <bookmark href=\"file:///SHARED\" added=\"2026-01-03T10:00:00.000000Z\" modified=\"2026-01-03T10:00:00.000000Z\" visited=\"2026-01-03T10:00:00.000000Z\">\n"
-    "    <info>\n"
-    "      <metadata owner=\"http://freedesktop.org\">\n"
-    "        <mime:mime-type type=\"application/pdf\"/>\n"
-    "        <bookmark:applications>\n"
-    "          <bookmark:application name=\"Viewer\" exec=\"&apos;viewer %u&apos;\" modified=\"2026-01-03T10:00:00.000000Z\" count=\"1\"/>\n"
-    "        </bookmark:applications>\n"
-    "      </metadata>\n"
-    "    </info>\n"
-    "  </bookmark>\n"
-    "</xbel>\n";
+// One item of another application, as the desktop's own writers store it.
+QByteArray othersItem(const char* href, const char* when, const char* mime, const char* app, const char* count)
+{
+    const QByteArray at = QByteArray("2026-01-0") + when + "T10:00:00.000000Z";
+    return QByteArray("  <bookmark href=\"") + href + "\" added=\"" + at + "\" modified=\"" + at + "\" visited=\"" + at
+        + "\">\n    <info>\n      <metadata owner=\"http://freedesktop.org\">\n        <mime:mime-type type=\"" + mime
+        + "\"/>\n        <bookmark:applications>\n          <bookmark:application name=\"" + app
+        + "\" exec=\"&apos;" + QByteArray(app).toLower() + " %u&apos;\" modified=\"" + at + "\" count=\"" + count
+        + "\"/>\n        </bookmark:applications>\n      </metadata>\n    </info>\n  </bookmark>\n";
+}
+
+// A store that only other applications wrote to: a document of a word
+// processor and a PDF of a viewer, whose href the tests replace.
+const QByteArray othersStore = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                               "<xbel version=\"1.0\"\n"
+                               "      xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\"\n"
+                               "      xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\"\n"
+                               ">\n"
+    + othersItem("file:///home/op/Music/set%20list.odt", "2", "application/vnd.oasis.opendocument.text", "Writer", "3")
+    + othersItem("file:///SHARED", "3", "application/pdf", "Viewer", "1") + "</xbel>\n";
 
 QString read(const QString& path)
 {
@@ -130,7 +123,7 @@ private slots:
         // Cut off in the middle of the second bookmark: the first is readable
         // and must survive the repair that the next write makes.
         const QString damaged = dir.filePath("damaged.xbel");
-        const QByteArray whole(othersStore);
+        const QByteArray& whole = othersStore;
         write(damaged, whole.left(whole.indexOf("file:///SHARED") + 20));
         XbelRecentDocuments repaired(damaged);
         QVERIFY(repaired.list().isEmpty());

@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/CanvasInteraction.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -19,20 +20,6 @@ void drawFrame(AppModel& model, QPointF from, QPointF to)
 {
     model.handleCanvasPoint(from, false);
     model.handleCanvasPoint(to, true);
-}
-
-const std::vector<Stroke>& strokesOf(const AppModel& model, const QString& key)
-{
-    static const std::vector<Stroke> none;
-    const auto it = model.strokesByPage.peek().find(key);
-    return it == model.strokesByPage.peek().end() ? none : it->second;
-}
-
-const std::vector<FrameRect>& framesOf(const AppModel& model, const QString& key)
-{
-    static const std::vector<FrameRect> none;
-    const auto it = model.framesByPage.peek().find(key);
-    return it == model.framesByPage.peek().end() ? none : it->second;
 }
 }
 
@@ -64,26 +51,24 @@ private slots:
 
     void historyKeepsFortyRecords()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         const QString key = model.pageKey();
         for (int i = 0; i < 41; ++i)
             drawStroke(model, {0.01 * i, 0.1}, {0.01 * i, 0.9});
-        QCOMPARE(strokesOf(model, key).size(), std::size_t(41));
+        QCOMPARE(marksOn(model.strokesByPage, key).size(), std::size_t(41));
         QCOMPARE(model.annotationUndo().size(), std::size_t(40));
-        const QUuid first = strokesOf(model, key).front().id;
+        const QUuid first = marksOn(model.strokesByPage, key).front().id;
         for (int i = 0; i < 41; ++i)
             model.undoAnnotation();
-        QCOMPARE(strokesOf(model, key).size(), std::size_t(1));
-        QCOMPARE(strokesOf(model, key).front().id, first);
+        QCOMPARE(marksOn(model.strokesByPage, key).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.strokesByPage, key).front().id, first);
         QVERIFY(model.annotationUndo().empty());
     }
 
     void undoAfterClearRestoresInOrder()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         const QString key = model.pageKey();
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
@@ -92,8 +77,8 @@ private slots:
         model.setTool(StageTool::frame);
         drawFrame(model, {0.5, 0.5}, {0.7, 0.6});
         drawFrame(model, {0.9, 0.9}, {0.6, 0.7});  // bottom-right to top-left
-        const auto strokes = strokesOf(model, key);
-        const auto frames = framesOf(model, key);
+        const auto strokes = marksOn(model.strokesByPage, key);
+        const auto frames = marksOn(model.framesByPage, key);
         QCOMPARE(strokes.size(), std::size_t(2));
         QCOMPARE(frames.size(), std::size_t(2));
         QCOMPARE(strokes[0].red, 1.0);
@@ -107,24 +92,23 @@ private slots:
         QVERIFY(model.draftFrameRect());
         model.clearAnnotations();
         QVERIFY(!model.draftFrameRect());
-        QVERIFY(strokesOf(model, key).empty());
-        QVERIFY(framesOf(model, key).empty());
+        QVERIFY(marksOn(model.strokesByPage, key).empty());
+        QVERIFY(marksOn(model.framesByPage, key).empty());
         QVERIFY(model.strokesByPage().count(key));
         QCOMPARE(model.annotationUndo().size(), std::size_t(5));
 
         model.undoAnnotation();
-        QCOMPARE(strokesOf(model, key), strokes);
-        QCOMPARE(framesOf(model, key), frames);
+        QCOMPARE(marksOn(model.strokesByPage, key), strokes);
+        QCOMPARE(marksOn(model.framesByPage, key), frames);
         model.undoAnnotation();
-        QCOMPARE(framesOf(model, key).size(), std::size_t(1));
-        QCOMPARE(framesOf(model, key)[0], frames[0]);
-        QCOMPARE(strokesOf(model, key), strokes);
+        QCOMPARE(marksOn(model.framesByPage, key).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.framesByPage, key)[0], frames[0]);
+        QCOMPARE(marksOn(model.strokesByPage, key), strokes);
     }
 
     void clearingAnEmptyPagePushesNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.1, 0.1}, false);
         model.handleCanvasPoint({0.2, 0.1}, false);
@@ -137,22 +121,21 @@ private slots:
 
     void clickAndTinyFramesStoreNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         const QString key = model.pageKey();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.4, 0.4}, true);
-        QVERIFY(strokesOf(model, key).empty());
+        QVERIFY(marksOn(model.strokesByPage, key).empty());
         QVERIFY(!model.draftStroke());
         QVERIFY(model.annotationUndo().empty());
 
         model.setTool(StageTool::frame);
         drawFrame(model, {0.5, 0.5}, {0.52, 0.6});
         drawFrame(model, {0.5, 0.5}, {0.6, 0.52});
-        QVERIFY(framesOf(model, key).empty());
+        QVERIFY(marksOn(model.framesByPage, key).empty());
         QVERIFY(!model.draftFrameRect());
         drawFrame(model, {0.5, 0.5}, {0.521, 0.521});
-        QCOMPARE(framesOf(model, key).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.framesByPage, key).size(), std::size_t(1));
         QCOMPARE(model.annotationUndo().size(), std::size_t(1));
 
         // While dragging up-left the draft keeps its origin with negative sides.
@@ -164,8 +147,7 @@ private slots:
 
     void pointsOutsideAreClamped()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.9, 0.5}, false);
         model.handleCanvasPoint({1.4, -0.3}, false);
@@ -177,13 +159,12 @@ private slots:
 
     void toolsToggleAndHideTheirMarks()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
         model.setTool(StageTool::marker);
         QCOMPARE(model.stageTool(), StageTool::pointer);
-        QCOMPARE(strokesOf(model, model.pageKey()).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey()).size(), std::size_t(1));
 
         model.setTool(StageTool::laser);
         model.handleCanvasPoint({0.3, 0.4}, false);
@@ -205,8 +186,7 @@ private slots:
 
     void zoomRules()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.nudgeZoom(0.15);  // not the zoom tool: nothing
         QCOMPARE(model.zoomScale(), 2.2);
         QVERIFY(!model.zoomCenter());
@@ -242,8 +222,7 @@ private slots:
 
     void undoOnAnotherPageLeavesTheCurrentOne()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         model.replacePlaylist({six});
         platform.scheduler->runPending();
         QCOMPARE(model.pageCount(), 6);
@@ -260,8 +239,8 @@ private slots:
         const ImagePtr shown = model.previewSlideImage();
         const ImagePtr onOutput = model.incomingSlideImage();
         model.undoAnnotation();  // the stroke on slide 3, while slide 5 is shown
-        QVERIFY(strokesOf(model, slide3).empty());
-        QVERIFY(framesOf(model, slide5).empty());
+        QVERIFY(marksOn(model.strokesByPage, slide3).empty());
+        QVERIFY(marksOn(model.framesByPage, slide5).empty());
         QCOMPARE(model.pageIndex(), 4);
         QCOMPARE(model.pageKey(), slide5);
         QCOMPARE(model.previewSlideImage(), shown);
@@ -272,9 +251,9 @@ private slots:
         // Markup stays with its page when paging away and back.
         drawStroke(model, {0.3, 0.3}, {0.4, 0.4});
         model.goToPage(0);
-        QVERIFY(strokesOf(model, model.pageKey()).empty());
+        QVERIFY(marksOn(model.strokesByPage, model.pageKey()).empty());
         model.goToPage(4);
-        QCOMPARE(strokesOf(model, model.pageKey()).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey()).size(), std::size_t(1));
     }
 };
 

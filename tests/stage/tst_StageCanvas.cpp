@@ -1,6 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/StageCanvas.h"
 #include "support/FakePlatform.h"
+#include "support/ModelFixture.h"
 #include "support/TestPdf.h"
 
 #include <QGestureEvent>
@@ -27,6 +28,22 @@ void moveTo(QWidget* w, QPoint pos)
     QCoreApplication::sendEvent(w, &event);
 }
 
+// A left-button drag from `from` through `via`, released at `to`.
+void drag(QWidget* w, QPoint from, QPoint via, QPoint to)
+{
+    QTest::mousePress(w, Qt::LeftButton, Qt::NoModifier, from);
+    moveTo(w, via);
+    QTest::mouseRelease(w, Qt::LeftButton, Qt::NoModifier, to);
+}
+
+// Shows `w` at `size` on the offscreen screen.
+bool shown(QWidget& w, QSize size)
+{
+    w.resize(size);
+    w.show();
+    return QTest::qWaitForWindowExposed(&w);
+}
+
 void wheel(QWidget& w, QPoint pixel, QPoint angle, bool* accepted = nullptr)
 {
     const QPointF pos(w.width() / 2.0, w.height() / 2.0);
@@ -35,13 +52,6 @@ void wheel(QWidget& w, QPoint pixel, QPoint angle, bool* accepted = nullptr)
     QCoreApplication::sendEvent(&w, &event);
     if (accepted)
         *accepted = event.isAccepted();
-}
-
-const std::vector<Stroke>& strokesHere(const AppModel& model)
-{
-    static const std::vector<Stroke> none;
-    const auto it = model.strokesByPage.peek().find(model.pageKey());
-    return it == model.strokesByPage.peek().end() ? none : it->second;
 }
 }
 
@@ -53,27 +63,22 @@ private slots:
     {
         // A 4:3 slide on a 16:9 canvas: the picture is 360 wide, 60 from the
         // left, and input there lands on the slide's own edges.
-        TestFolder folder;
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [folder, platform, model] = ModelFixture();
         model.replacePlaylist({folder.pdf("four-three.pdf", 2, TestPdf::standard)});
         StageCanvas canvas(model);
         canvas.resize(480, 270);
         QCoreApplication::processEvents();
         QCOMPARE(canvas.pictureRect(), QRectF(60, 0, 360, 270));
         model.setTool(StageTool::marker);
-        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(60, 135));
-        moveTo(&canvas, QPoint(240, 135));
-        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(420, 135));
-        QCOMPARE(strokesHere(model).size(), std::size_t(1));
-        QCOMPARE(strokesHere(model)[0].points.front(), QPointF(0, 0.5));
-        QCOMPARE(strokesHere(model)[0].points.back(), QPointF(1, 0.5));
+        drag(&canvas, QPoint(60, 135), QPoint(240, 135), QPoint(420, 135));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey()).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey())[0].points.front(), QPointF(0, 0.5));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey())[0].points.back(), QPointF(1, 0.5));
     }
 
     void keysStayWithTheConsoleAndTheWheelStealsNothing()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         QWidget console;
         auto* layout = new QVBoxLayout(&console);
         auto* keys = new QLineEdit(&console);  // stands for the console's key handling
@@ -110,10 +115,8 @@ private slots:
         // A marker stroke after the wheel still lands.
         model.setTool(StageTool::marker);
         wheel(*canvas, {0, 20}, {});
-        QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.1, 0.5));
-        moveTo(canvas, at(*canvas, 0.5, 0.5));
-        QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, at(*canvas, 0.9, 0.5));
-        QCOMPARE(strokesHere(model).size(), std::size_t(1));
+        drag(canvas, at(*canvas, 0.1, 0.5), at(*canvas, 0.5, 0.5), at(*canvas, 0.9, 0.5));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey()).size(), std::size_t(1));
 
         QCOMPARE(canvas->focusPolicy(), Qt::NoFocus);
         QCOMPARE(console.focusWidget(), keys);
@@ -121,12 +124,9 @@ private slots:
 
     void markerDragStoresAStrokeClampedToTheEdge()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
-        canvas.resize(400, 300);  // letterboxed: 400×225 slide, 37.5 px bands
-        canvas.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        QVERIFY(shown(canvas, {400, 300}));  // letterboxed: 400×225 slide, 37.5 px bands
         QCOMPARE(canvas.pictureRect().height(), 225.0);
         model.setTool(StageTool::marker);
 
@@ -136,7 +136,7 @@ private slots:
         moveTo(&canvas, QPoint(600, -50));  // far outside, up-right
         QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(600, -50));
         QVERIFY(!model.draftStroke());
-        const auto& strokes = strokesHere(model);
+        const auto& strokes = marksOn(model.strokesByPage, model.pageKey());
         QCOMPARE(strokes.size(), std::size_t(1));
         const auto& pts = strokes[0].points;
         QVERIFY(pts.size() >= 3);
@@ -146,31 +146,24 @@ private slots:
 
         // A click stores nothing.
         QTest::mouseClick(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.5, 0.5));
-        QCOMPARE(strokesHere(model).size(), std::size_t(1));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey()).size(), std::size_t(1));
         QCOMPARE(model.annotationUndo().size(), std::size_t(1));
         QVERIFY(!model.draftStroke());
 
         // A drag starting in the black band begins on the slide's top edge.
-        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 5));
-        moveTo(&canvas, QPoint(200, 150));
-        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, QPoint(200, 150));
-        QCOMPARE(strokesHere(model).size(), std::size_t(2));
-        QCOMPARE(strokesHere(model)[1].points.front(), QPointF(0.5, 0.0));
+        drag(&canvas, QPoint(200, 5), QPoint(200, 150), QPoint(200, 150));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey()).size(), std::size_t(2));
+        QCOMPARE(marksOn(model.strokesByPage, model.pageKey())[1].points.front(), QPointF(0.5, 0.0));
     }
 
     void markupIsDrawnWhereTheInputLanded()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
-        canvas.resize(400, 300);
-        canvas.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        QVERIFY(shown(canvas, {400, 300}));
         model.setTool(StageTool::marker);
         model.chooseMarkColor(MarkColor::presets()[3]);  // green
-        QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.2, 0.3));
-        moveTo(&canvas, at(canvas, 0.5, 0.3));
-        QTest::mouseRelease(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.8, 0.3));
+        drag(&canvas, at(canvas, 0.2, 0.3), at(canvas, 0.5, 0.3), at(canvas, 0.8, 0.3));
         QCoreApplication::processEvents();  // the follower's queued redraw
         const QImage shot = canvas.grab().toImage();
         const QColor onStroke = shot.pixelColor(at(canvas, 0.6, 0.3));
@@ -181,12 +174,9 @@ private slots:
 
     void laserFollowsHoverAndHidesOnLeave()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
-        canvas.resize(320, 180);
-        canvas.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        QVERIFY(shown(canvas, {320, 180}));
 
         moveTo(&canvas, at(canvas, 0.5, 0.5));
         QVERIFY(!model.laserPoint());  // pointer tool: hover does nothing
@@ -209,12 +199,9 @@ private slots:
 
     void frameAndZoomByMouse()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
-        canvas.resize(320, 180);
-        canvas.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        QVERIFY(shown(canvas, {320, 180}));
 
         model.setTool(StageTool::frame);
         QTest::mousePress(&canvas, Qt::LeftButton, Qt::NoModifier, at(canvas, 0.75, 0.75));
@@ -236,8 +223,7 @@ private slots:
 
     void wheelNudgesZoomOnlyUnderZoom()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         canvas.resize(320, 180);
 
@@ -263,8 +249,7 @@ private slots:
 
     void pinchScalesTheZoom()
     {
-        FakePlatform platform;
-        AppModel model(platform.services());
+        auto&& [platform, model] = FakeModel();
         StageCanvas canvas(model);
         model.setTool(StageTool::zoom);
         const QPointingDevice* pad = QPointingDevice::primaryPointingDevice();

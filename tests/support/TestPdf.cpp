@@ -92,16 +92,12 @@ bool writeTruncated(const QString& path)
 }
 
 namespace {
-// Saves a deck from `write` again with the PDF library's own writer; when
-// asked, page 1 is cropped to the left half of its media box and page 2 is
-// turned a quarter.
-bool resave(const QString& path, int pages, const pdf_write_options& options, bool cropAndTurn)
+// Opens `file` with the PDF library and runs `work(ctx, doc)` on it: false
+// when the file does not open, `work` says so or the library throws.
+template <typename Work>
+bool withDocument(const QString& file, Work work)
 {
-    const QString plain = path + QStringLiteral(".plain");
-    if (!write(plain, pages))
-        return false;
-    const QByteArray source = QFile::encodeName(plain);
-    const QByteArray target = QFile::encodeName(path);
+    const QByteArray name = QFile::encodeName(file);
     fz_context* ctx = fz_new_context(nullptr, nullptr, FZ_STORE_DEFAULT);
     if (!ctx)
         return false;
@@ -111,7 +107,25 @@ bool resave(const QString& path, int pages, const pdf_write_options& options, bo
     fz_var(ok);
     fz_try(ctx)
     {
-        doc = pdf_open_document(ctx, source.constData());
+        doc = pdf_open_document(ctx, name.constData());
+        ok = work(ctx, doc);
+    }
+    fz_always(ctx) pdf_drop_document(ctx, doc);
+    fz_catch(ctx) ok = false;
+    fz_drop_context(ctx);
+    return ok;
+}
+
+// Saves a deck from `write` again with the PDF library's own writer; when
+// asked, page 1 is cropped to the left half of its media box and page 2 is
+// turned a quarter.
+bool resave(const QString& path, int pages, const pdf_write_options& options, bool cropAndTurn)
+{
+    const QString plain = path + QStringLiteral(".plain");
+    if (!write(plain, pages))
+        return false;
+    const QByteArray target = QFile::encodeName(path);
+    const bool ok = withDocument(plain, [&](fz_context* ctx, pdf_document* doc) {
         if (cropAndTurn) {
             pdf_obj* page = pdf_lookup_page_obj(ctx, doc, 0);
             const fz_rect media = pdf_to_rect(ctx, pdf_dict_get_inheritable(ctx, page, PDF_NAME(MediaBox)));
@@ -121,11 +135,8 @@ bool resave(const QString& path, int pages, const pdf_write_options& options, bo
                 pdf_dict_put_int(ctx, pdf_lookup_page_obj(ctx, doc, 1), PDF_NAME(Rotate), 90);
         }
         pdf_save_document(ctx, doc, target.constData(), &options);
-        ok = true;
-    }
-    fz_always(ctx) pdf_drop_document(ctx, doc);
-    fz_catch(ctx) ok = false;
-    fz_drop_context(ctx);
+        return true;
+    });
     QFile::remove(plain);
     return ok;
 }
@@ -150,24 +161,10 @@ bool writeCropped(const QString& path, int pages)
 
 bool opensWithPassword(const QString& path, const QByteArray& password)
 {
-    const QByteArray name = QFile::encodeName(path);
-    fz_context* ctx = fz_new_context(nullptr, nullptr, FZ_STORE_DEFAULT);
-    if (!ctx)
-        return false;
-    bool ok = false;
-    pdf_document* doc = nullptr;
-    fz_var(doc);
-    fz_var(ok);
-    fz_try(ctx)
-    {
-        doc = pdf_open_document(ctx, name.constData());
-        ok = pdf_needs_password(ctx, doc) && pdf_authenticate_password(ctx, doc, password.constData())
+    return withDocument(path, [&](fz_context* ctx, pdf_document* doc) {
+        return pdf_needs_password(ctx, doc) && pdf_authenticate_password(ctx, doc, password.constData())
             && pdf_count_pages(ctx, doc) == 2;
-    }
-    fz_always(ctx) pdf_drop_document(ctx, doc);
-    fz_catch(ctx) ok = false;
-    fz_drop_context(ctx);
-    return ok;
+    });
 }
 
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QColor>
 #include <QImage>
 #include <QSizeF>
 #include <QString>
@@ -36,6 +37,13 @@ unsigned pageRgb(int index);
 // Which page of a PDF from `write` an image shows, told by the colour near
 // its top-left corner: -1 for no image, -2 for no page's colour.
 int pageShown(const std::shared_ptr<const QImage>& image);
+
+// Red, green and blue of `pixel` each within `tolerance` of `want`'s.
+inline bool near(QRgb pixel, QColor want, int tolerance = 3)
+{
+    return qAbs(qRed(pixel) - want.red()) <= tolerance && qAbs(qGreen(pixel) - want.green()) <= tolerance
+        && qAbs(qBlue(pixel) - want.blue()) <= tolerance;
+}
 
 }
 
