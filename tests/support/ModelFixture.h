@@ -2,7 +2,7 @@
 
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
-#include "support/TestPdf.h"
+#include "support/TestSession.h"
 
 // The setups most model tests share, unpacked in one line:
 //     auto&& [platform, model] = FakeModel();
@@ -12,11 +12,8 @@ struct FakeModel {
     AppModel model{platform.services()};
 };
 
-struct ModelFixture {
-    TestFolder folder;
-    FakePlatform platform;
-    AppModel model{platform.services()};
-};
+// The same three members as a test session, in the same order.
+using ModelFixture = TestSession;
 
 // Where the operator stands, for one comparison: "entry:page/pages".
 inline QString position(const AppModel& model)
