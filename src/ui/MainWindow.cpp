@@ -53,6 +53,19 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     addCommand(fileMenu_, QStringLiteral("save.show_as"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
                [this] { model_.presentSaveShowPanel(true); }, hasSet);
     showMenu_ = menuBar()->addMenu(QString());
+    addCommand(showMenu_, QStringLiteral("slide.next"), {}, [this] { model_.goToNextSlide(); });
+    addCommand(showMenu_, QStringLiteral("slide.prev"), {}, [this] { model_.goToPreviousSlide(); });
+    showMenu_->addSeparator();
+    addCommand(showMenu_, QStringLiteral("blackout"), {}, [this] { model_.isBlackout.mutate([](bool& on) { on = !on; }); });
+    addCommand(showMenu_, QStringLiteral("freeze"), {}, [this] { model_.toggleFreeze(); });
+    addCommand(showMenu_, QStringLiteral("laser"), {}, [this] { model_.setTool(StageTool::laser); });
+    addCommand(showMenu_, QStringLiteral("marker"), {}, [this] { model_.setTool(StageTool::marker); });
+    addCommand(showMenu_, QStringLiteral("frame"), {}, [this] { model_.setTool(StageTool::frame); });
+    addCommand(showMenu_, QStringLiteral("zoom"), {}, [this] { model_.setTool(StageTool::zoom); });
+    addCommand(showMenu_, QStringLiteral("clear.marks"), {}, [this] { model_.clearAnnotations(); });
+    addCommand(showMenu_, QStringLiteral("undo.stroke"), {}, [this] { model_.undoAnnotation(); },
+               [this] { return !model_.annotationUndo().empty(); });
+    showMenu_->addSeparator();
     addCommand(showMenu_, QStringLiteral("bookmark.this"), QKeySequence(Qt::CTRL | Qt::Key_B),
                [this] { model_.promptAddBookmark(); });
     addCommand(showMenu_, QStringLiteral("cue.next"), {}, [this] { model_.goToNextCue(); });

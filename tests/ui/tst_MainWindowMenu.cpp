@@ -50,6 +50,33 @@ private slots:
         QVERIFY(!save->isEnabled());
     }
 
+    // The show commands act on the model: tools, blackout, markup and its
+    // undo, which is enabled only while there is something to undo.
+    void showCommandsDriveTheStage()
+    {
+        TestConsole c;
+        c.model.replacePlaylist({c.pdf("a.pdf", 3)});
+        QAction* undo = c.command(QStringLiteral("Undo stroke"));
+        QVERIFY(undo);
+        QTRY_VERIFY_WITH_TIMEOUT(!undo->isEnabled(), 10000);
+
+        c.command(QStringLiteral("Marker"))->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(c.model.stageTool(), StageTool::marker, 10000);
+        c.model.handleCanvasPoint({0.2, 0.2}, false);
+        c.model.handleCanvasPoint({0.6, 0.5}, true);
+        QTRY_VERIFY_WITH_TIMEOUT(undo->isEnabled(), 10000);
+        undo->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(!undo->isEnabled(), 10000);
+        QVERIFY(c.model.strokesByPage().empty() || c.model.strokesByPage().begin()->second.empty());
+
+        c.command(QStringLiteral("Blackout"))->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(c.model.isBlackout(), 10000);
+        c.command(QStringLiteral("Blackout"))->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(!c.model.isBlackout(), 10000);
+        c.command(QStringLiteral("Next Slide"))->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(c.model.pageIndex(), 1, 10000);
+    }
+
     // The commands reach the panels: a folder opens as a set, the set saves
     // as a show, and the show opens again from its file.
     void commandsOpenAndSaveThroughThePanels()
