@@ -32,8 +32,8 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     layout->addWidget(pageLabel_);
     setCentralWidget(central);
 
-    // The file and show commands; slide, blackout, freeze and tool keys stay
-    // with the key handling below, which also serves the clicker.
+    // The file and show commands. The slide keys are handled below as well,
+    // since they must work without opening a menu.
     const auto hasSet = [this] { return !model_.playlist().empty(); };
     fileMenu_ = menuBar()->addMenu(QString());
     addCommand(fileMenu_, QStringLiteral("open.pdf_ellipsis"), QKeySequence::Open, [this] { model_.presentOpenPanel(); });
@@ -71,6 +71,9 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     addCommand(showMenu_, QStringLiteral("cue.next"), {}, [this] { model_.goToNextCue(); });
     addCommand(showMenu_, QStringLiteral("cue.prev"), {}, [this] { model_.goToPreviousCue(); });
 
+    // Two followers: a page turn relabels the page, not every menu command.
+    menuFollower_ = new obs::Follower([this] { updateMenus(); }, this);
+    menuFollower_->start();
     follower_ = new obs::Follower([this] { update(); }, this);
     follower_->start();
     resize(1100, 700);
@@ -78,10 +81,10 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     setAcceptDrops(true);
 }
 
-void MainWindow::update()
+void MainWindow::updateMenus()
 {
     // Every text is looked up afresh here; reading the language makes a change
-    // of it run this again, so the window relabels at once.
+    // of it run this again, so the menus relabel at once.
     (void)model_.interfaceLanguage();
     fileMenu_->setTitle(L10n::t(QStringLiteral("files")));
     showMenu_->setTitle(L10n::t(QStringLiteral("menu.show")));
@@ -90,6 +93,11 @@ void MainWindow::update()
         command.action->setText(L10n::t(command.key));
         command.action->setEnabled(!command.enabled || command.enabled());
     }
+}
+
+void MainWindow::update()
+{
+    (void)model_.interfaceLanguage();  // the label's texts follow it too
     if (!model_.document()) {
         pageLabel_->setText(L10n::t(QStringLiteral("slide.none")));
         return;

@@ -33,6 +33,7 @@ private:
     QAction* addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut, std::function<void()> run,
                         std::function<bool()> enabled = {});
     void update();
+    void updateMenus();
     // The recent files, or the one disabled "No recent files" line.
     void fillRecentMenu();
 
@@ -43,6 +44,7 @@ private:
     QMenu* recentMenu_;
     QMenu* showMenu_;
     std::vector<Command> commands_;
+    obs::Follower* menuFollower_;
     obs::Follower* follower_;
     // Shown over the whole window while a drag that carries files hovers.
     void setDropHighlight(bool shown);
