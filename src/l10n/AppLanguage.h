@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/RawEnum.h"
+#include "base/RawEnum.h"
 
 #include <QLocale>
 #include <QString>

@@ -1,6 +1,9 @@
 #include "AppModel.h"
 
+#include "input/ClickerMonitor.h"
 #include "l10n/L10n.h"
+#include "output/FramePublisher.h"
+#include "output/OutputWindowController.h"
 #include "platform/Activity.h"
 #include "platform/PreferencesStore.h"
 #include "platform/RecentDocuments.h"
@@ -19,6 +22,15 @@ AppModel::AppModel(PlatformServices services)
         if (services_.preferences)
             services_.preferences->setValue(QStringLiteral("interfaceLanguage"), appLanguages.rawValue(language));
     });
+    // The services this model owns; creating them starts nothing.
+    if (services_.makeClickerMonitor)
+        clicker_ = services_.makeClickerMonitor();
+
+    if (services_.makeOutputWindowController)
+        output_ = services_.makeOutputWindowController();
+
+    if (services_.makeFramePublisher)
+        syphonOutput_ = services_.makeFramePublisher();
 }
 
 AppModel::~AppModel()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "input/ClickerDevice.h"
 #include "l10n/AppLanguage.h"
 #include "model/Observation.h"
 #include "model/PlaylistEntry.h"
@@ -93,6 +94,9 @@ public:
     obs::Observed<MarkColor> markColor;
     obs::Observed<std::vector<AnnotationUndo>> annotationUndo;
     obs::Observed<std::optional<QString>> showFileURL;
+    // Input devices heard by the clicker sources outside the program, in the
+    // order the sources found them (src/input/ClickerDevices.cpp).
+    obs::Observed<std::vector<ClickerDevice>> clickerDevices;
 
     // ---- Presentation core: titles ----
     QString fileTitle() const;
@@ -122,6 +126,11 @@ public:
     void goToPage(int index);
     void toggleFreeze();
     void appendJumpDigit(const QString& digit);
+    // Blackout on or off (always notifies, like every toggle in place).
+    void toggleBlackout();
+    void clearJumpBuffer();
+    // The last typed digit taken back; nothing when the buffer is empty.
+    void removeLastJumpDigit();
     void commitJump();
 
     // ---- Show timer ----
@@ -141,6 +150,25 @@ public:
     OutputFrameState outputFrameState() const;
     OutputFrameState stagePreviewState() const;
     bool needsLiveOutput() const;
+
+    // ---- Output window (src/output/OutputWindowController.cpp) ----
+    // The show/hide output command: toggles `isOutputVisible`, then syncs.
+    void toggleOutputVisible();
+    // Brings the output window in line with the model (no-op without a controller).
+    void syncOutput();
+
+    // ---- Video source (src/output/FramePublisher.cpp) ----
+    void setSyphonEnabled(bool enabled);
+
+    // ---- Clicker (src/input/ClickerMonitor.cpp) ----
+    void refreshClickerTrust();
+    void promptClickerAccess();
+    void keepAliveForClicker();
+    // The operator's own keyboard can be left out: an ignored device is not
+    // heard outside the program. Stored as a preference by device id.
+    void setClickerDeviceIgnored(const QString& id, bool ignored);
+    bool isClickerDeviceIgnored(const QString& id) const;
+    QStringList ignoredClickerDeviceIDs() const;
 
     // ---- Transitions ----
     // Quadratic ease-in-out of a fade's linear progress 0…1.
@@ -194,6 +222,8 @@ public:
     // Palette choice from the console: sets the colour and persists it.
     void chooseMarkColor(const MarkColor& color);
     void setTool(StageTool tool);
+    // Back to the pointer with no laser dot and no zoom (Escape).
+    void returnToPointer();
     // One pointer sample, normalised to the slide; `ended` marks the last one.
     void handleCanvasPoint(QPointF point, bool ended);
     void nudgeZoom(double delta);
@@ -222,8 +252,6 @@ private:
     void runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration);
     // Stage annotation
     void pushUndo(AnnotationUndo record);
-    // Output window controller: synchronise the window with the model.
-    void syncOutput();
 
     PlatformServices services_;
     // Handed to tasks so they can tell whether the model still exists.
@@ -234,6 +262,11 @@ private:
     obs::Observed<std::shared_ptr<void>> presentationActivity;
     obs::Observed<bool> screenObserver{false};
     obs::Observed<Task> thumbnailTask;
-    // The clicker monitor, output window controller and frame publisher are
-    // owned here once their subsystems exist.
+    // The services this model owns, made by the platform services' factories
+    // (absent where a factory gives none). They hold the model weakly.
+    std::unique_ptr<ClickerMonitor> clicker_;
+
+    std::unique_ptr<OutputWindowController> output_;
+
+    std::unique_ptr<FramePublisher> syphonOutput_;
 };

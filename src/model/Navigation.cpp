@@ -1,7 +1,7 @@
 // Paging through the set as one sequence, the typed jump, and freeze.
 #include "model/AppModel.h"
 
-#include "model/DecimalText.h"
+#include "base/DecimalText.h"
 
 #include <algorithm>
 #include <limits>
@@ -159,6 +159,22 @@ void AppModel::appendJumpDigit(const QString& digit)
     if (jumpBuffer.peek().size() >= 4)
         jumpBuffer.set(QString());
     jumpBuffer.mutate([&](QString& buffer) { buffer += digit; });
+}
+
+void AppModel::toggleBlackout()
+{
+    isBlackout.mutate([](bool& on) { on = !on; });
+}
+
+void AppModel::clearJumpBuffer()
+{
+    jumpBuffer.set(QString());
+}
+
+void AppModel::removeLastJumpDigit()
+{
+    if (!jumpBuffer.peek().isEmpty())
+        jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
 }
 
 void AppModel::commitJump()

@@ -1,6 +1,5 @@
 // The show timer: a stopwatch that starts itself with the first set.
 #include "model/AppModel.h"
-#include "model/TimeFormat.h"
 
 #include <algorithm>
 #include <cmath>
@@ -57,16 +56,4 @@ std::optional<double> AppModel::timerRemaining() const
     if (planned <= 0)
         return std::nullopt;
     return std::max(planned - timerElapsed(), 0.0);
-}
-
-QString TimeFormat::duration(double seconds)
-{
-    if (!std::isfinite(seconds) || seconds >= 9.2e18 || seconds <= -9.2e18)
-        return QStringLiteral("0:00");
-    const long long t = static_cast<long long>(std::trunc(seconds));
-    const long long s = std::max(t, 0LL);
-    const auto two = [](long long v) { return QString::number(v).rightJustified(2, u'0'); };
-    if (t >= 3600)
-        return QString::number(s / 3600) + u':' + two((s % 3600) / 60) + u':' + two(s % 60);
-    return QString::number((s % 3600) / 60) + u':' + two(s % 60);
 }

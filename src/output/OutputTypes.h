@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/RawEnum.h"
+#include "base/RawEnum.h"
 #include "stage/AnnotationTypes.h"
 
 #include <QImage>

@@ -19,5 +19,12 @@ PlatformServices PlatformServices::forThisMachine()
     s.recents = std::make_shared<XbelRecentDocuments>();
     s.activity = std::make_shared<DBusActivity>();
     // The frame sink joins here with the publisher.
+
+    // Output window controller: made by the output window work.
+
+    // Frame publisher: made by the video source work.
+
+    // Clicker monitor: made by the clicker work.
+
     return s;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 class PdfEngine;
@@ -10,6 +11,9 @@ class PreferencesStore;
 class RecentDocuments;
 class Activity;
 class FrameSink;
+class OutputWindowController;
+class FramePublisher;
+class ClickerMonitor;
 
 // The platform layers the model reaches; tests pass doubles. Any layer may be
 // null where a test does not need it.
@@ -22,6 +26,15 @@ struct PlatformServices {
     std::shared_ptr<RecentDocuments> recents;
     std::shared_ptr<Activity> activity;
     std::shared_ptr<FrameSink> frameSink;
+
+    // The services the model owns, made through these factories so that a
+    // model test without them creates no window, stream or input device.
+    // Each may be empty, and each may return null.
+    std::function<std::unique_ptr<OutputWindowController>()> makeOutputWindowController;
+
+    std::function<std::unique_ptr<FramePublisher>()> makeFramePublisher;
+
+    std::function<std::unique_ptr<ClickerMonitor>()> makeClickerMonitor;
 
     // The real layers of this machine.
     static PlatformServices forThisMachine();

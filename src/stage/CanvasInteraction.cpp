@@ -66,6 +66,13 @@ void AppModel::setTool(StageTool tool)
     draftFrameRect.set(std::nullopt);
 }
 
+void AppModel::returnToPointer()
+{
+    stageTool.set(StageTool::pointer);
+    laserPoint.set(std::nullopt);
+    zoomCenter.set(std::nullopt);
+}
+
 void AppModel::handleCanvasPoint(QPointF raw, bool ended)
 {
     const QPointF point(clampUnit(raw.x()), clampUnit(raw.y()));

@@ -1,5 +1,5 @@
 #include "model/AppModel.h"
-#include "model/TimeFormat.h"
+#include "base/TimeFormat.h"
 #include "support/FakePlatform.h"
 #include "support/ModelFixture.h"
 #include "support/TestPdf.h"

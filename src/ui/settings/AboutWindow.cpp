@@ -1,0 +1,7 @@
+#include "ui/settings/AboutWindow.h"
+
+AboutWindow::AboutWindow(AppModel&, QWidget* parent)
+    : QWidget(parent, Qt::Window)
+{
+    setObjectName(QStringLiteral("about"));
+}
