@@ -89,10 +89,40 @@ void AppModel::start()
     syncOutput();
 }
 
+// ---- Stand-ins until the output window, video source and clicker work land:
+// each moves into its service's file and grows to its full behaviour there.
 void AppModel::syncOutput()
 {
-    // The output window controller follows the model here once it exists.
 }
+
+void AppModel::toggleOutputVisible()
+{
+    isOutputVisible.mutate([](bool& on) { on = !on; });
+    syncOutput();
+}
+
+void AppModel::setSyphonEnabled(bool enabled)
+{
+    if (enabled == isSyphonEnabled.peek())
+        return;
+    isSyphonEnabled.set(enabled);
+    persistPreferences();
+}
+
+void AppModel::refreshClickerTrust()
+{
+}
+
+void AppModel::promptClickerAccess()
+{
+}
+
+void AppModel::keepAliveForClicker()
+{
+    if (!presentationActivity.peek() && services_.activity)
+        presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
+}
+// ---- End of stand-ins.
 
 QString AppModel::fileTitle() const
 {
