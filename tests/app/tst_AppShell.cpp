@@ -5,8 +5,6 @@
 #include "ui/settings/AboutWindow.h"
 #include "ui/settings/SettingsWindow.h"
 
-#include <QMenu>
-#include <QMenuBar>
 #include <QtTest>
 
 namespace {
@@ -128,22 +126,6 @@ private slots:
         emit qApp->applicationStateChanged(Qt::ApplicationInactive);
         emit qApp->applicationStateChanged(Qt::ApplicationActive);
         QCOMPARE(activated.size(), 2);
-    }
-
-    // The menus are the console's: File, Show and Help, labelled in the
-    // interface language and relabelled when it changes.
-    void menusFollowTheLanguage()
-    {
-        ShellSession s;
-        QStringList titles;
-        for (QAction* item : s.shell.console()->menuBar()->actions())
-            titles << item->text();
-        QCOMPARE(titles, (QStringList{"Files", "Show", "Help"}));
-        QCOMPARE(s.command("about.app")->text(), QStringLiteral("About PDF Brelvonic"));
-        s.model.interfaceLanguage.set(AppLanguage::german);
-        QTRY_COMPARE_WITH_TIMEOUT(s.shell.commands()->helpMenu()->title(), QStringLiteral("Hilfe"), 10000);
-        QCOMPARE(s.command("output.toggle")->text(), QStringLiteral("Ausgabe ein-/ausblenden"));
-        QCOMPARE(s.command("settings")->text(), QStringLiteral("Einstellungen"));
     }
 };
 
