@@ -29,7 +29,8 @@ W* bringForward(QPointer<W>& window, AppModel& model)
 
 AppShell::AppShell(AppModel& model, QObject* parent)
     : QObject(parent)
-    , quit([] { QCoreApplication::quit(); })
+    // Straight out of the main loop: no window gets a say.
+    , quit([] { QCoreApplication::exit(0); })
     , model_(model)
 {
     console_ = new MainWindow(model_);

@@ -1,8 +1,10 @@
 #include "OutputWindow.h"
 
+#include "model/AppModel.h"
 #include "output/OutputContentView.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
@@ -26,6 +28,7 @@ void addSkipStates(WId window);
 
 OutputWindow::OutputWindow(AppModel& model)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus)
+    , model_(model)
 {
     setObjectName(QString::fromLatin1(identifier));
     setWindowRole(QString::fromLatin1(identifier));
@@ -62,32 +65,34 @@ QScreen* OutputWindow::screenAt(const QRectF& screenFrame) const
     return QGuiApplication::screenAt(wanted.center());
 }
 
+OutputWindow::Layout OutputWindow::layout(const QRectF& frame, const QRectF& screenFrame, bool clientsPlace)
+{
+    if (clientsPlace) {
+        const QRect window = pixelRect(frame);
+        return {window, QRect(QPoint(0, 0), window.size())};
+    }
+    return {pixelRect(screenFrame), pixelRect(frame.translated(-screenFrame.topLeft()))};
+}
+
 void OutputWindow::place(const QRectF& frame, const QRectF& screenFrame, bool fullScreen)
 {
-    const QRect screenRect = pixelRect(screenFrame);
     winId();  // the native window, so that it can be moved and take states
     if (QScreen* screen = screenAt(screenFrame)) {
         if (windowHandle() && windowHandle()->screen() != screen)
             windowHandle()->setScreen(screen);
     }
-    if (!clientsPlaceWindows()) {
-        // The compositor decides where windows go: cover the display and
-        // draw the picture in its rectangle.
-        setGeometry(screenRect);
-        setWindowState(windowState() | Qt::WindowFullScreen);
-        content_->setGeometry(pixelRect(frame.translated(-screenFrame.topLeft())));
-        content_->update();
-        return;
-    }
-    const QRect target = pixelRect(frame);
-    if (fullScreen) {
-        setGeometry(target);
+    const bool clientsPlace = clientsPlaceWindows();
+    const Layout target = layout(frame, screenFrame, clientsPlace);
+    // Full screen keeps desktop panels off the picture; where the
+    // compositor places windows it is the only way onto a chosen display.
+    if (fullScreen || !clientsPlace) {
+        setGeometry(target.window);
         setWindowState(windowState() | Qt::WindowFullScreen);
     } else {
         setWindowState(windowState() & ~Qt::WindowFullScreen);
-        setGeometry(target);
+        setGeometry(target.window);
     }
-    content_->setGeometry(QRect(QPoint(0, 0), target.size()));
+    content_->setGeometry(target.picture);
     content_->repaint();
 }
 
@@ -131,6 +136,14 @@ void OutputWindow::markAuxiliary()
 {
     if (QGuiApplication::platformName() == QLatin1String("xcb"))
         addSkipStates(winId());
+}
+
+void OutputWindow::closeEvent(QCloseEvent* event)
+{
+    // Hidden, never closed: the model says whether the output shows.
+    event->ignore();
+    if (model_.isOutputVisible.peek())
+        model_.toggleOutputVisible();
 }
 
 bool OutputWindow::eventFilter(QObject* watched, QEvent* event)

@@ -44,14 +44,28 @@ public:
     // False where the windowing system places every window itself.
     static bool clientsPlaceWindows();
 
+    // Where the window and, inside it, the picture go for an output at
+    // `frame` on the display of frame `screenFrame` (both global): the frame
+    // itself when clients place windows, else the whole display with the
+    // picture at the frame's place in it.
+    struct Layout {
+        QRect window;
+        QRect picture;  // in the window's coordinates
+        bool operator==(const Layout&) const = default;
+    };
+    static Layout layout(const QRectF& frame, const QRectF& screenFrame, bool clientsPlace);
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    // Closing the window (from the window manager) hides the output.
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     // Marks the window as one the task bar and window switcher leave out (X11).
     void markAuxiliary();
     QScreen* screenAt(const QRectF& screenFrame) const;
 
+    AppModel& model_;
     OutputContentView* content_;
     bool movable_ = false;
     bool hidesCursor_ = true;

@@ -290,6 +290,50 @@ private slots:
         QCOMPARE(s.window()->geometry(), QRect(0, 0, 1440, 900));
     }
 
+    // Closing the window from the window manager hides the output as the
+    // command does; the command shows it again.
+    void closingTheWindowHidesTheOutput()
+    {
+        OutputSession s({laptop, projector});
+        s.model->start();
+        s.settle();
+        QVERIFY(!s.window()->close());
+        QVERIFY(!s.model->isOutputVisible());
+        QVERIFY(!s.window()->isVisible());
+        QVERIFY(!s.controller().wasVisible());
+        s.model->toggleOutputVisible();
+        QVERIFY(s.window()->isVisible());
+    }
+
+    // Where clients place windows the window is the output's rectangle;
+    // where they cannot, it covers the display and the picture sits at the
+    // rectangle's place in it, black around it.
+    void layoutWithAndWithoutClientPlacement_data()
+    {
+        QTest::addColumn<QRectF>("frame");
+        QTest::addColumn<bool>("clientsPlace");
+        QTest::addColumn<QRect>("window");
+        QTest::addColumn<QRect>("picture");
+        const QRectF screen = projector.frame;  // 1920 × 1200 at x 1440
+        QTest::newRow("placed 4:3") << QRectF(1600, 0, 1600, 1200) << true << QRect(1600, 0, 1600, 1200)
+                                    << QRect(0, 0, 1600, 1200);
+        QTest::newRow("placed, half points") << QRectF(1440, 60.5, 1920, 1079) << true << QRect(1440, 61, 1920, 1079)
+                                             << QRect(0, 0, 1920, 1079);
+        QTest::newRow("compositor 4:3") << QRectF(1600, 0, 1600, 1200) << false << screen.toRect()
+                                        << QRect(160, 0, 1600, 1200);
+        QTest::newRow("compositor 16:9") << QRectF(1440, 60, 1920, 1080) << false << screen.toRect()
+                                         << QRect(0, 60, 1920, 1080);
+        QTest::newRow("compositor full") << screen << false << screen.toRect() << QRect(0, 0, 1920, 1200);
+    }
+    void layoutWithAndWithoutClientPlacement()
+    {
+        QFETCH(QRectF, frame);
+        QFETCH(bool, clientsPlace);
+        QFETCH(QRect, window);
+        QFETCH(QRect, picture);
+        QCOMPARE(OutputWindow::layout(frame, projector.frame, clientsPlace), (OutputWindow::Layout{window, picture}));
+    }
+
     // The clicker's trust is read at once and every 1.5 s for as long as the
     // controller exists; work left queued after the model is gone does nothing.
     void trustLoopRunsWhileTheControllerExists()
