@@ -98,48 +98,6 @@ private slots:
         QCOMPARE(s.preferenceWrites(), writes);
     }
 
-    // With one display the output stays hidden until the operator shows it;
-    // the command then puts it on that display and takes it away again.
-    void oneDisplayWaitsForTheOperator()
-    {
-        OutputSession s({laptop});
-        s.model->start();
-        s.settle();
-        QVERIFY(!s.model->isOutputVisible());
-        QVERIFY(!s.window());
-
-        s.model->toggleOutputVisible();
-        QVERIFY(s.window() && s.window()->isVisible());
-        QCOMPARE(s.window()->geometry(), QRect(0, 0, 1440, 900));
-        s.model->toggleOutputVisible();
-        QVERIFY(!s.window()->isVisible());
-        QVERIFY(!s.controller().wasVisible());
-        QVERIFY(s.controller().lastSignature().isEmpty());
-    }
-
-    // Hiding and showing re-applies everything though nothing else changed.
-    void hideAndShowReapply()
-    {
-        OutputSession s({laptop, projector});
-        s.model->aspect.set(AspectMode::r4x3);
-        s.model->start();
-        s.settle();
-        const QString signature = s.controller().lastSignature();
-        const int writes = s.preferenceWrites();
-
-        s.model->isOutputVisible.set(false);
-        s.settle();
-        QVERIFY(!s.window()->isVisible());
-        // Moved away meanwhile: showing again must put it back.
-        s.window()->move(10, 10);
-        s.model->isOutputVisible.set(true);
-        s.settle();
-        QVERIFY(s.window()->isVisible());
-        QCOMPARE(s.controller().lastSignature(), signature);
-        QCOMPARE(s.window()->geometry(), QRect(1600, 0, 1600, 1200));
-        QCOMPARE(s.preferenceWrites(), writes + 1);
-    }
-
     // Each tracked setting leads to exactly one new application; the custom
     // size re-applies even while it does not change the rectangle.
     void trackedSettingsReapplyOnce_data()
