@@ -36,7 +36,7 @@ OutputWindow::OutputWindow(AppModel& model)
     // whatever this window does.
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
-    setAttribute(Qt::WA_OpaquePaintEvent);
+    // Black wherever the picture does not reach.
     QPalette black = palette();
     black.setColor(QPalette::Window, Qt::black);
     setPalette(black);
