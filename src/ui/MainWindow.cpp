@@ -73,13 +73,12 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
             model_.commitJump();
         return;
     case Qt::Key_Escape:
-        model_.jumpBuffer.set(QString());
+        model_.clearJumpBuffer();
         return;
     case Qt::Key_Delete:
     case Qt::Key_Clear:
         // Take back the last typed digit.
-        if (!model_.jumpBuffer().isEmpty())
-            model_.jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
+        model_.removeLastJumpDigit();
         return;
     default:
         break;

@@ -1,6 +1,6 @@
 #include "app/AppCommands.h"
 #include "app/AppShell.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "ui/MainWindow.h"
 #include "ui/settings/AboutWindow.h"
 #include "ui/settings/SettingsWindow.h"
@@ -10,7 +10,7 @@
 namespace {
 
 // The shell on a test session, its console shown and active.
-struct ShellSession : TestSession {
+struct ShellSession : ModelWithFolder {
     AppShell shell{model};
     int quits = 0;
 

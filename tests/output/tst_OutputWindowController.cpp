@@ -1,7 +1,7 @@
 #include "output/OutputContentView.h"
 #include "output/OutputWindow.h"
 #include "output/OutputWindowController.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 
 #include <QtTest>
 

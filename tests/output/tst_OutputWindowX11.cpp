@@ -8,6 +8,7 @@
 #include "output/OutputCompositor.h"
 #include "output/OutputWindow.h"
 #include "output/OutputWindowController.h"
+#include "platform/QtScheduler.h"
 #include "platform/QtScreens.h"
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"

@@ -1,6 +1,6 @@
 #include "app/AppCommands.h"
 #include "l10n/L10n.h"
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QLabel>
 #include <QMenu>

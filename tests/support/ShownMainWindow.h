@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppCommands.h"
-#include "support/TestSession.h"
+#include "support/ModelFixtures.h"
 #include "ui/MainWindow.h"
 
 #include <QAction>
@@ -16,11 +16,11 @@ Child* childWithText(const QWidget& window, const QString& text)
     return nullptr;
 }
 
-// The main window on a test session, with the menu commands, shown.
-struct TestConsole : TestSession {
+// The main window on a model with a folder, with the menu commands, shown.
+struct ShownMainWindow : ModelWithFolder {
     MainWindow window{model};
     AppCommands* commands = new AppCommands(model, window);  // owned by the window
 
-    TestConsole() { window.show(); }
+    ShownMainWindow() { window.show(); }
     QAction* command(const QString& text) const { return childWithText(window, text); }
 };
