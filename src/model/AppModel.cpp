@@ -61,7 +61,9 @@ void AppModel::start()
     if (!presentationActivity.peek() && services_.activity)
         presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
     // 5. Output window controller. (Attached by the output window subsystem.)
-    // 6. Frame publisher, when enabled. (Started by the publisher subsystem.)
+    // 6. Frame publisher, when enabled.
+    if (syphonOutput_ && isSyphonEnabled.peek())
+        syphonOutput_->start(*this);
     // 7. Input permission check. (Read by the clicker subsystem.)
     // 8. Follow display changes.
     if (services_.screens && !screenObserver.peek()) {
@@ -89,7 +91,7 @@ void AppModel::start()
     syncOutput();
 }
 
-// ---- Stand-ins until the output window, video source and clicker work land:
+// ---- Stand-ins until the output window and clicker work land:
 // each moves into its service's file and grows to its full behaviour there.
 void AppModel::syncOutput()
 {
@@ -99,14 +101,6 @@ void AppModel::toggleOutputVisible()
 {
     isOutputVisible.mutate([](bool& on) { on = !on; });
     syncOutput();
-}
-
-void AppModel::setSyphonEnabled(bool enabled)
-{
-    if (enabled == isSyphonEnabled.peek())
-        return;
-    isSyphonEnabled.set(enabled);
-    persistPreferences();
 }
 
 void AppModel::refreshClickerTrust()

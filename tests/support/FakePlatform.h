@@ -15,6 +15,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -127,24 +128,66 @@ public:
     }
 };
 
+// Records frames; `setRunning` plays the media service coming and going.
+// Frames may arrive from the compositing worker, hence the lock.
 class FakeFrameSink final : public FrameSink {
 public:
     QString name;
     bool running = false;
     bool refuseStart = false;
-    std::vector<QImage> frames;
+    // Service present: `start` runs at once; absent: it waits.
+    bool serviceUp = true;
+    int starts = 0;
+    int stops = 0;
 
     bool start(const QString& n) override
     {
         if (refuseStart)
             return false;
         name = n;
-        running = true;
+        running = serviceUp;
+        ++starts;
         return true;
     }
-    void publish(const QImage& frame) override { frames.push_back(frame.copy()); }
-    void stop() override { running = false; }
+    void publish(const QImage& frame) override
+    {
+        std::lock_guard lock(mutex_);
+        frames_.push_back(frame.copy());
+    }
+    void stop() override
+    {
+        running = false;
+        ++stops;
+    }
     bool isRunning() const override { return running; }
+    void setRunningHandler(std::function<void()> handler) override { handler_ = std::move(handler); }
+
+    void setRunning(bool on)
+    {
+        running = on;
+        if (handler_)
+            handler_();
+    }
+    std::size_t frameCount() const
+    {
+        std::lock_guard lock(mutex_);
+        return frames_.size();
+    }
+    QImage lastFrame() const
+    {
+        std::lock_guard lock(mutex_);
+        return frames_.empty() ? QImage() : frames_.back();
+    }
+    void clearFrames()
+    {
+        std::lock_guard lock(mutex_);
+        frames_.clear();
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<QImage> frames_;
+    std::function<void()> handler_;
 };
 
 // Doubles for every layer, the real PDF engine (tests use real PDFs). Linking
