@@ -13,7 +13,7 @@
 #include "support/PipeWireSession.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QEventLoop>
 #include <QPainter>
 #include <QProcess>
 #include <QTimer>
@@ -31,6 +31,13 @@ double nowMs()
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+double threadCpuMs()
+{
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return double(t.tv_sec) * 1000.0 + double(t.tv_nsec) / 1e6;
+}
+
 double cpuSeconds()
 {
     rusage u{};
@@ -38,12 +45,12 @@ double cpuSeconds()
     return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) + double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
 }
 
+// Runs the event loop, idle between events as the program is.
 void runFor(int ms)
 {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    QEventLoop loop;
+    QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
 // A slide like a real one: a photo-like gradient with lines of text.
@@ -102,30 +109,35 @@ struct Rig {
 void handOver(QSize size)
 {
     Rig rig(size);
+    rig.model->setTool(StageTool::laser);
     runFor(300);
     FramePublisher& publisher = *rig.model->framePublisher();
-    std::vector<double> excluded, included;
+    std::vector<double> excluded, included, excludedCpu, includedCpu;
     for (int i = 0; i < 60; ++i) {
         // Worker path: the main thread copies the state and hands it over.
         rig.model->isOutputVisible.set(false);
         rig.model->laserPoint.set(QPointF(0.3 + i * 0.005, 0.5));
-        double t0 = nowMs();
+        double t0 = nowMs(), c0 = threadCpuMs();
         publisher.publish(true);
         excluded.push_back(nowMs() - t0);
+        excludedCpu.push_back(threadCpuMs() - c0);
         rig.worker->waitIdle();
         // Shared with the window: composited here once, for both.
         rig.model->isOutputVisible.set(true);
         publisher.sharedFrame().noteWindowPixels(size);
+        rig.model->laserPoint.set(QPointF(0.3 + i * 0.005, 0.6));
         t0 = nowMs();
+        c0 = threadCpuMs();
         publisher.publish(true);
         included.push_back(nowMs() - t0);
+        includedCpu.push_back(threadCpuMs() - c0);
         runFor(5);
     }
-    const Stats a = stats(excluded), b = stats(included);
-    std::printf("publish %dx%d  main thread, compositing on the worker: median %.3f ms  p95 %.3f ms\n", size.width(),
-                size.height(), a.median, a.p95);
-    std::printf("publish %dx%d  main thread, compositing included:    median %.2f ms  p95 %.2f ms\n", size.width(),
-                size.height(), b.median, b.p95);
+    const Stats a = stats(excluded), b = stats(included), ac = stats(excludedCpu), bc = stats(includedCpu);
+    std::printf("publish %dx%d  main thread, compositing on the worker: median %.3f ms wall, %.3f ms cpu; p95 %.3f ms wall\n",
+                size.width(), size.height(), a.median, ac.median, a.p95);
+    std::printf("publish %dx%d  main thread, compositing included:    median %.2f ms wall, %.2f ms cpu; p95 %.2f ms wall\n",
+                size.width(), size.height(), b.median, bc.median, b.p95);
 }
 
 void yuv(QSize size)
@@ -163,24 +175,51 @@ void endConsumer(QProcess* consumer)
     delete consumer;
 }
 
-void liveShare(const PipeWireSession& session, QSize size)
+void liveShare(const PipeWireSession& session, QSize size, bool moving)
 {
     Rig rig(size);
     QProcess* consumer = startConsumer(session);
     runFor(2000);
     rig.model->setTool(StageTool::laser);
     rig.model->laserPoint.set(QPointF(0.5, 0.5));
+    // Moving: a new laser position every frame, so every frame is composited.
+    int step = 0;
+    QTimer mover;
+    QObject::connect(&mover, &QTimer::timeout, [&] {
+        ++step;
+        rig.model->laserPoint.set(QPointF(0.5 + 0.3 * std::sin(step / 10.0), 0.5));
+    });
+    if (moving)
+        mover.start(33);
     runFor(500);
     const quint64 sent0 = rig.sink->framesSent();
     const double cpu0 = cpuSeconds();
+    const double main0 = threadCpuMs();
     const double t0 = nowMs();
     runFor(5000);
     const double wall = (nowMs() - t0) / 1000.0;
     const double cpu = cpuSeconds() - cpu0;
+    const double mainCpu = (threadCpuMs() - main0) / 1000.0;
     const double fps = double(rig.sink->framesSent() - sent0) / wall;
-    std::printf("live 30 Hz %dx%d, laser idle, one consumer: %.1f %% of one core (this process, all threads), %.1f frames/s delivered\n",
-                size.width(), size.height(), 100.0 * cpu / wall, fps);
+    std::printf("live 30 Hz %dx%d, laser %s, one consumer: %.1f %% of one core (this process, all threads; main thread %.1f %%), %.1f frames/s delivered\n",
+                size.width(), size.height(), moving ? "moving" : "idle", 100.0 * cpu / wall, 100.0 * mainCpu / wall, fps);
     endConsumer(consumer);
+}
+
+// The same probe with nothing running: what the machine's load alone costs.
+void baselineStall()
+{
+    double last = nowMs(), worst = 0;
+    QTimer probe;
+    probe.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&probe, &QTimer::timeout, [&] {
+        const double t = nowMs();
+        worst = std::max(worst, t - last);
+        last = t;
+    });
+    probe.start(1);
+    runFor(3000);
+    std::printf("baseline (nothing running): longest main-thread stall %.1f ms\n", worst);
 }
 
 void longestStall(const PipeWireSession& session, QSize size, bool sameSize)
@@ -241,7 +280,9 @@ int main(int argc, char** argv)
     yuv({2560, 1440});
     handOver({1920, 1080});
     handOver({2560, 1440});
-    liveShare(session, {1920, 1080});
+    liveShare(session, {1920, 1080}, false);
+    liveShare(session, {1920, 1080}, true);
+    baselineStall();
     longestStall(session, {2560, 1440}, true);
     longestStall(session, {2560, 1440}, false);
     return 0;

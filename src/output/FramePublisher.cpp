@@ -25,15 +25,23 @@ std::size_t countOn(const ByPage& byPage, const QString& key)
     return it == byPage.end() ? 0 : it->second.size();
 }
 
-// Draws `state` over the whole of `image`, remade only when the size changes.
-void composite(const OutputFrameState& state, QSize size, QImage& image)
-{
-    if (image.size() != size || image.format() != QImage::Format_ARGB32_Premultiplied)
-        image = QImage(size, QImage::Format_ARGB32_Premultiplied);
-    QPainter painter(&image);
-    OutputCompositor::draw(state, painter, QSizeF(size));
 }
 
+// Draws `state` over the whole of the frame's image (remade only when the size
+// changes); nothing to do when it already shows that state at that size.
+static bool composite(const OutputFrameState& state, QSize size, auto& frame)
+{
+    if (frame.drawn && frame.image.size() == size && frame.state == state)
+        return false;
+    if (frame.image.size() != size || frame.image.format() != QImage::Format_ARGB32_Premultiplied)
+        frame.image = QImage(size, QImage::Format_ARGB32_Premultiplied);
+    {
+        QPainter painter(&frame.image);
+        OutputCompositor::draw(state, painter, QSizeF(size));
+    }
+    frame.state = state;
+    frame.drawn = true;
+    return true;
 }
 
 // ---- The model's switch ----
@@ -60,7 +68,7 @@ FramePublisher::FramePublisher(std::shared_ptr<FrameSink> sink, std::shared_ptr<
     , scheduler_(std::move(scheduler))
     , worker_(std::move(worker))
     , self_(std::make_shared<FramePublisher*>(this))
-    , workerBuffer_(std::make_shared<QImage>())
+    , workerFrame_(std::make_shared<Composited>())
 {
     std::weak_ptr<FramePublisher*> weak = self_;
     sink_->setRunningHandler([weak] {
@@ -103,10 +111,10 @@ void FramePublisher::stop()
         sink_->stop();
     started_ = false;
     lastSignature_.clear();
-    mainBuffers_[0] = QImage();
-    mainBuffers_[1] = QImage();
-    // A job still on the worker holds the old buffer until it ends.
-    workerBuffer_ = std::make_shared<QImage>();
+    mainFrames_[0] = {};
+    mainFrames_[1] = {};
+    // A job still on the worker holds the old frame until it ends.
+    workerFrame_ = std::make_shared<Composited>();
     shared_.clear();
     if (model_)
         model_->isSyphonPublishing.set(false);
@@ -205,17 +213,20 @@ void FramePublisher::render(PixelSize size)
     OutputFrameState state = model_->outputFrameState();
     // The window shows this very picture: composite it once, here, for both.
     if (model_->isOutputVisible.peek() && shared_.windowPixels() == pixels) {
-        QImage& image = mainBuffers_[nextMain_];
-        nextMain_ = 1 - nextMain_;
-        composite(state, pixels, image);
-        shared_.offer(state, image);
-        sink_->publish(image);
+        Composited& last = mainFrames_[lastMain_];
+        if (!(last.drawn && last.image.size() == pixels && last.state == state)) {
+            lastMain_ = 1 - lastMain_;
+            composite(state, pixels, mainFrames_[lastMain_]);
+        }
+        const Composited& frame = mainFrames_[lastMain_];
+        shared_.offer(frame.state, frame.image);
+        sink_->publish(frame.image);
         return;
     }
     // Otherwise the main thread only hands a copy of the state over.
-    auto job = [state = std::move(state), pixels, buffer = workerBuffer_, sink = sink_] {
-        composite(state, pixels, *buffer);
-        sink->publish(*buffer);
+    auto job = [state = std::move(state), pixels, frame = workerFrame_, sink = sink_] {
+        composite(state, pixels, *frame);
+        sink->publish(frame->image);
     };
     if (worker_)
         worker_->submit(std::move(job));
@@ -264,5 +275,5 @@ void FramePublisher::sinkStateChanged()
 
 qsizetype FramePublisher::heldFrameBytes() const
 {
-    return mainBuffers_[0].sizeInBytes() + mainBuffers_[1].sizeInBytes() + workerBuffer_->sizeInBytes();
+    return mainFrames_[0].image.sizeInBytes() + mainFrames_[1].image.sizeInBytes() + workerFrame_->image.sizeInBytes();
 }

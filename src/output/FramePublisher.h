@@ -68,11 +68,19 @@ private:
     obs::TrackerPtr tracker_;
     Task liveTask_;
 
+    // A picture and the state it shows, so that a forced frame of an
+    // unchanged state (the laser held still) is handed over again without
+    // compositing.
+    struct Composited {
+        QImage image;
+        OutputFrameState state;
+        bool drawn = false;
+    };
     // Frames composited here, for the window too: two, used in turn, so the
     // one being drawn is never the one the window may still be showing.
-    QImage mainBuffers_[2];
-    int nextMain_ = 0;
-    // The worker's buffer; only the worker touches its pixels.
-    std::shared_ptr<QImage> workerBuffer_;
+    Composited mainFrames_[2];
+    int lastMain_ = 0;
+    // The worker's frame; only the worker touches it.
+    std::shared_ptr<Composited> workerFrame_;
     SharedOutputFrame shared_;
 };

@@ -60,6 +60,7 @@ struct PipeWireFrameSink::Loop {
     // Service thread only.
     bool coreLost = false;
     QImage last;  // own copy of the newest frame
+    qint64 lastKey = 0;  // identity of the pixels it was copied from
     QSize offered;
     spa_video_format format = SPA_VIDEO_FORMAT_UNKNOWN;
     QSize negotiated;
@@ -135,6 +136,7 @@ void PipeWireFrameSink::Loop::teardown()
         core = nullptr;
     }
     streaming = false;
+    paceArmed = false;
     format = SPA_VIDEO_FORMAT_UNKNOWN;
     negotiated = QSize();
     offered = QSize();
@@ -222,10 +224,15 @@ void PipeWireFrameSink::Loop::takePending()
     }
     if (frame.isNull())
         return;
-    if (last.size() == frame.size() && last.format() == frame.format() && last.bytesPerLine() == frame.bytesPerLine())
+    // The same picture handed over again (nothing moved) needs no copy.
+    if (frame.cacheKey() == lastKey && !last.isNull()) {
+    } else if (last.size() == frame.size() && last.format() == frame.format()
+               && last.bytesPerLine() == frame.bytesPerLine()) {
         std::memcpy(last.bits(), frame.constBits(), size_t(frame.sizeInBytes()));
-    else
+    } else {
         last = frame.copy();
+    }
+    lastKey = frame.cacheKey();
     // The publisher's buffer is free again before anything else happens.
     frame = QImage();
     if (!core)

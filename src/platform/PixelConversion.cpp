@@ -11,8 +11,8 @@ inline uint8_t luma(int r, int g, int b) { return uint8_t(((66 * r + 129 * g + 2
 void bgraToYuy2(const uint8_t* src, int srcStride, uint8_t* dst, int dstStride, int width, int height)
 {
     for (int y = 0; y < height; ++y) {
-        const uint8_t* s = src + std::ptrdiff_t(y) * srcStride;
-        uint8_t* d = dst + std::ptrdiff_t(y) * dstStride;
+        const uint8_t* __restrict s = src + std::ptrdiff_t(y) * srcStride;
+        uint8_t* __restrict d = dst + std::ptrdiff_t(y) * dstStride;
         for (int x = 0; x + 1 < width; x += 2, s += 8, d += 4) {
             const int b0 = s[0], g0 = s[1], r0 = s[2];
             const int b1 = s[4], g1 = s[5], r1 = s[6];

@@ -254,6 +254,21 @@ private slots:
             scheduler.advance(1.0);
             QCOMPARE(p.frames(), still);
         }
+        // The laser held still: the same picture is handed over again, not
+        // drawn anew; moved, it is drawn.
+        p.model.setTool(StageTool::laser);
+        p.model.laserPoint.set(QPointF(0.5, 0.5));
+        scheduler.runPending();
+        scheduler.advance(0.2);
+        auto keys = p.sink().frameKeys();
+        QCOMPARE(keys.back(), keys[keys.size() - 4]);
+        p.model.laserPoint.set(QPointF(0.6, 0.5));
+        scheduler.advance(0.1);
+        keys = p.sink().frameKeys();
+        QVERIFY(keys.back() != keys[keys.size() - 5]);
+        p.model.setTool(StageTool::pointer);
+        scheduler.runPending();
+
         // Disabling stops a running timer too.
         p.model.setTool(StageTool::laser);
         scheduler.runPending();

@@ -153,6 +153,7 @@ public:
     {
         std::lock_guard lock(mutex_);
         frames_.push_back(frame.copy());
+        keys_.push_back(frame.cacheKey());
     }
     void stop() override
     {
@@ -178,15 +179,18 @@ public:
         std::lock_guard lock(mutex_);
         return frames_.empty() ? QImage() : frames_.back();
     }
-    void clearFrames()
+    // Identity of each frame's pixels as handed over: equal keys mean the
+    // same picture handed over again without being drawn anew.
+    std::vector<qint64> frameKeys() const
     {
         std::lock_guard lock(mutex_);
-        frames_.clear();
+        return keys_;
     }
 
 private:
     mutable std::mutex mutex_;
     std::vector<QImage> frames_;
+    std::vector<qint64> keys_;
     std::function<void()> handler_;
 };
 
