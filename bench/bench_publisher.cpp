@@ -8,6 +8,7 @@
 #include "output/FrameWorker.h"
 #include "output/OutputContentView.h"
 #include "platform/PipeWireFrameSink.h"
+#include "platform/QtScheduler.h"
 #include "platform/PixelConversion.h"
 #include "support/FakePlatform.h"
 #include "support/PipeWireSession.h"

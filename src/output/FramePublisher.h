@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Observation.h"
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 #include "output/SharedOutputFrame.h"
 #include "platform/Scheduler.h"
 

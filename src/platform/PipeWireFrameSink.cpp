@@ -358,6 +358,7 @@ bool PipeWireFrameSink::start(const QString& name)
         return false;
     }
     Loop* raw = loop.get();
+    std::lock_guard guard(loopGuard_);
     loop->frameEvent = pw_loop_add_event(
         l, [](void* data, uint64_t) { static_cast<Loop*>(data)->takePending(); }, raw);
     loop->timer = pw_loop_add_timer(
@@ -384,6 +385,7 @@ bool PipeWireFrameSink::start(const QString& name)
 
 void PipeWireFrameSink::publish(const QImage& frame)
 {
+    std::lock_guard guard(loopGuard_);
     if (!loop_ || frame.isNull())
         return;
     {
@@ -395,6 +397,7 @@ void PipeWireFrameSink::publish(const QImage& frame)
 
 void PipeWireFrameSink::stop()
 {
+    std::lock_guard guard(loopGuard_);
     if (!loop_)
         return;
     Loop* l = loop_.get();
@@ -413,6 +416,7 @@ void PipeWireFrameSink::stop()
 
 quint64 PipeWireFrameSink::framesSent() const
 {
+    std::lock_guard guard(loopGuard_);
     return loop_ ? loop_->sent.load() : 0;
 }
 

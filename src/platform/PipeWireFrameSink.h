@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 // The video source as a media-service (PipeWire) node that camera-style
 // consumers list: shared-memory BGRA, BGRx or YUY2 frames of one fixed size at
@@ -33,6 +34,9 @@ private:
     struct Loop;
     void setRunning(bool running);
 
+    // Frames arrive from the compositing worker while the main thread may
+    // start or stop the loop: both hold this for the moment they touch it.
+    mutable std::mutex loopGuard_;
     std::unique_ptr<Loop> loop_;
     std::function<void()> handler_;
     std::atomic<bool> running_{false};

@@ -7,6 +7,7 @@
 #include "output/FramePublisher.h"
 #include "output/FrameWorker.h"
 #include "platform/PipeWireFrameSink.h"
+#include "platform/QtScheduler.h"
 #include "support/FakePlatform.h"
 #include "support/PipeWireSession.h"
 #include "support/TestPdf.h"
