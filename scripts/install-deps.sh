@@ -14,6 +14,11 @@ packages=(
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
   # Benchmarks.
   libbenchmark-dev
+  # The video source (PipeWire), and for its tests a private PipeWire with its
+  # session manager, a session bus and a GStreamer consumer.
+  libpipewire-0.3-dev libspa-0.2-dev pipewire pipewire-bin wireplumber dbus-daemon
+  gstreamer1.0-pipewire gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+  libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick

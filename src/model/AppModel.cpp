@@ -63,7 +63,9 @@ void AppModel::start()
     // 5. Output window controller.
     if (output_)
         output_->attach(*this);
-    // 6. Frame publisher, when enabled. (Started by the publisher subsystem.)
+    // 6. Frame publisher, when enabled.
+    if (syphonOutput_ && isSyphonEnabled.peek())
+        syphonOutput_->start(*this);
     // 7. Input permission check. (Read by the clicker subsystem.)
     // 8. Follow display changes.
     if (services_.screens && !screenObserver.peek()) {
@@ -91,15 +93,8 @@ void AppModel::start()
     syncOutput();
 }
 
-// ---- Stand-ins until the output window, video source and clicker work land:
-// each moves into its service's file and grows to its full behaviour there.
-void AppModel::setSyphonEnabled(bool enabled)
-{
-    if (enabled == isSyphonEnabled.peek())
-        return;
-    isSyphonEnabled.set(enabled);
-    persistPreferences();
-}
+// ---- Stand-ins until the clicker work lands: each moves into its
+// service's file and grows to its full behaviour there.
 
 void AppModel::refreshClickerTrust()
 {

@@ -163,6 +163,9 @@ public:
 
     // ---- Video source (src/output/FramePublisher.cpp) ----
     void setSyphonEnabled(bool enabled);
+    // The publisher, where one could be made (the output window takes its
+    // frames from it).
+    FramePublisher* framePublisher() const { return syphonOutput_.get(); }
 
     // ---- Clicker (src/input/ClickerMonitor.cpp) ----
     void refreshClickerTrust();
