@@ -17,6 +17,9 @@ packages=(
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
+  # Clicker input: evdev devices and their hot-plug, key characters, X11 raw
+  # input; xdotool sends keys to a test X server, pkexec installs device access.
+  libevdev-dev libudev-dev libxkbcommon-dev libx11-dev libxi-dev xdotool pkexec
 )
 
 missing=()

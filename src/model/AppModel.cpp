@@ -56,13 +56,16 @@ void AppModel::start()
         refreshDisplays();
     // 2. Preferences, before anything that starts with their values.
     restorePreferences();
-    // 3. Clicker monitor. (Started by the clicker subsystem.)
+    // 3. Clicker monitor.
+    if (clicker_)
+        clicker_->start(*this);
     // 4. Keep the machine awake and responsive for the whole run.
     if (!presentationActivity.peek() && services_.activity)
         presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
     // 5. Output window controller. (Attached by the output window subsystem.)
     // 6. Frame publisher, when enabled. (Started by the publisher subsystem.)
-    // 7. Input permission check. (Read by the clicker subsystem.)
+    // 7. Whether presses are heard while another program has the focus.
+    refreshClickerTrust();
     // 8. Follow display changes.
     if (services_.screens && !screenObserver.peek()) {
         std::weak_ptr<AppModel*> weak = self_;
@@ -109,19 +112,6 @@ void AppModel::setSyphonEnabled(bool enabled)
     persistPreferences();
 }
 
-void AppModel::refreshClickerTrust()
-{
-}
-
-void AppModel::promptClickerAccess()
-{
-}
-
-void AppModel::keepAliveForClicker()
-{
-    if (!presentationActivity.peek() && services_.activity)
-        presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
-}
 // ---- End of stand-ins.
 
 QString AppModel::fileTitle() const
