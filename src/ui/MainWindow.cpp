@@ -32,8 +32,8 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     layout->addWidget(pageLabel_);
     setCentralWidget(central);
 
-    // The file and show commands. The slide keys are handled below as well,
-    // since they must work without opening a menu.
+    // The file and show commands. The slide keys reach the model through the
+    // clicker monitor's in-program source, like a remote's.
     const auto hasSet = [this] { return !model_.playlist().empty(); };
     fileMenu_ = menuBar()->addMenu(QString());
     addCommand(fileMenu_, QStringLiteral("open.pdf_ellipsis"), QKeySequence::Open, [this] { model_.presentOpenPanel(); });
@@ -135,46 +135,6 @@ QAction* MainWindow::addCommand(QMenu* menu, const QString& key, const QKeySeque
     connect(action, &QAction::triggered, this, [run = std::move(run)] { run(); }, Qt::QueuedConnection);
     commands_.push_back({action, key, std::move(enabled)});
     return action;
-}
-
-void MainWindow::keyPressEvent(QKeyEvent* event)
-{
-    switch (event->key()) {
-    case Qt::Key_Right:
-    case Qt::Key_Down:
-    case Qt::Key_PageDown:
-    case Qt::Key_Space:
-        model_.goToNextSlide();
-        return;
-    case Qt::Key_Left:
-    case Qt::Key_Up:
-    case Qt::Key_PageUp:
-        model_.goToPreviousSlide();
-        return;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (model_.jumpBuffer().isEmpty())
-            model_.goToNextSlide();
-        else
-            model_.commitJump();
-        return;
-    case Qt::Key_Escape:
-        model_.jumpBuffer.set(QString());
-        return;
-    case Qt::Key_Delete:
-    case Qt::Key_Clear:
-        // Take back the last typed digit.
-        if (!model_.jumpBuffer().isEmpty())
-            model_.jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
-        return;
-    default:
-        break;
-    }
-    if (event->key() >= Qt::Key_0 && event->key() <= Qt::Key_9) {
-        model_.appendJumpDigit(QString(QChar(u'0' + (event->key() - Qt::Key_0))));
-        return;
-    }
-    QMainWindow::keyPressEvent(event);
 }
 
 namespace {
