@@ -10,12 +10,18 @@
 // the test: by default a window of the program has the keyboard.
 struct ClickerSession : TestSession {
     ClickerMonitor::Focus focus{true, true, false};
+    // How many inputs from outside the program reached the monitor (each asks
+    // once where the focus is).
+    int heard = 0;
     ClickerMonitor monitor;
 
     explicit ClickerSession(ClickerMonitor::Sources sources = {})
         : monitor(std::move(sources))
     {
-        monitor.setFocusProbe([this] { return focus; });
+        monitor.setFocusProbe([this] {
+            ++heard;
+            return focus;
+        });
     }
     // Another program is in front.
     void focusElsewhere() { focus = {false, false, false}; }
