@@ -1,6 +1,10 @@
 #include "PlatformServices.h"
 
+#include "input/ClickerMonitor.h"
 #include "platform/DBusActivity.h"
+#include "platform/EvdevInputSource.h"
+#include "platform/QtKeySource.h"
+#include "platform/X11RawInputSource.h"
 #include "platform/Dialogs.h"
 #include "platform/MuPdfEngine.h"
 #include "platform/QSettingsPreferences.h"
@@ -24,7 +28,15 @@ PlatformServices PlatformServices::forThisMachine()
 
     // Frame publisher: made by the video source work.
 
-    // Clicker monitor: made by the clicker work.
+    // Clicker monitor: this program's windows, the X11 session and the input
+    // devices themselves.
+    s.makeClickerMonitor = [] {
+        return std::make_unique<ClickerMonitor>(ClickerMonitor::Sources{
+            .local = [] { return std::make_unique<QtKeySource>(); },
+            .global = [] { return std::make_unique<X11RawInputSource>(); },
+            .tap = [] { return std::make_unique<EvdevInputSource>(); },
+        });
+    };
 
     return s;
 }
