@@ -117,6 +117,8 @@ void ClickerMonitor::publishDevices()
         }
     }
     model_->clickerDevices.set(std::move(devices));
+    // A remote plugged in or removed changes what is heard outside at once.
+    model_->clickerTrusted.set(hearsOutside());
 }
 
 ClickerMonitor::Focus ClickerMonitor::focus() const

@@ -39,6 +39,4 @@ void AppModel::keepAliveForClicker()
 {
     if (!presentationActivity.peek() && services_.activity)
         presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
-    if (clicker_)
-        clicker_->refresh();
 }
