@@ -2,6 +2,7 @@
 #include "input/ClickerAccessRule.h"
 #include "input/ClickerMonitor.h"
 #include "platform/InputSource.h"
+#include "support/FakeInputSource.h"
 #include "support/FakePlatform.h"
 #include "model/AppModel.h"
 
@@ -14,23 +15,11 @@
 class ClickerAccessTest : public QObject {
     Q_OBJECT
 
-    // A source whose devices and hearing the test sets.
-    struct FakeSource : InputSource {
-        bool hearing = false;
-        int refreshes = 0;
-        std::vector<ClickerDevice> list;
-        bool start(Deliver) override { return true; }
-        void stop() override {}
-        void refresh() override { ++refreshes; }
-        bool hearsOutside() const override { return hearing; }
-        std::vector<ClickerDevice> devices() const override { return list; }
-    };
-
     // A model whose clicker has a fake tap and a fake global source.
     struct Session {
         FakePlatform platform;
-        FakeSource* tap = nullptr;
-        FakeSource* global = nullptr;
+        FakeInputSource* tap = nullptr;
+        FakeInputSource* global = nullptr;
         std::unique_ptr<AppModel> model;
 
         Session()
@@ -39,8 +28,8 @@ class ClickerAccessTest : public QObject {
             services.makeClickerMonitor = [this] {
                 return std::make_unique<ClickerMonitor>(ClickerMonitor::Sources{
                     .local = {},
-                    .global = [this] { auto s = std::make_unique<FakeSource>(); global = s.get(); return s; },
-                    .tap = [this] { auto s = std::make_unique<FakeSource>(); tap = s.get(); return s; },
+                    .global = [this] { auto s = std::make_unique<FakeInputSource>(); global = s.get(); return s; },
+                    .tap = [this] { auto s = std::make_unique<FakeInputSource>(); tap = s.get(); return s; },
                 });
             };
             model = std::make_unique<AppModel>(services);

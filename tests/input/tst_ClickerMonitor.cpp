@@ -1,4 +1,5 @@
 #include "support/ClickerSession.h"
+#include "support/FakeInputSource.h"
 
 #include <QtTest>
 
@@ -189,6 +190,34 @@ private slots:
         s.focusElsewhere();
         QVERIFY(s.monitor.handle(press, ClickerSource::tap));
         QCOMPARE(s.model.pageIndex(), 3);
+    }
+
+    void onePressHeardTwiceActsOnce()
+    {
+        // The tap reads the remote's node itself; the X server hears the same
+        // press through its own device for that node.
+        FakeInputSource* tap = nullptr;
+        ClickerSession s({.local = {}, .global = {}, .tap = [&] {
+                              auto made = std::make_unique<FakeInputSource>();
+                              made->nodes = {"/dev/input/event5"};
+                              tap = made.get();
+                              return made;
+                          }});
+        s.model.replacePlaylist({s.pdf("a.pdf", 5)});
+        s.monitor.start(s.model);
+        s.focusElsewhere();
+        EventSnapshot press = ClickerKeyMap::keyDown(KEY_PAGEDOWN, {}, 0, false);
+        press.deviceNode = "/dev/input/event5";
+        QVERIFY(s.monitor.handle(press, ClickerSource::tap));
+        QVERIFY(!s.monitor.handle(press, ClickerSource::global));
+        QCOMPARE(s.model.pageIndex(), 1);
+        // A device the tap cannot read: the X server's answer counts.
+        press.deviceNode = "/dev/input/event6";
+        QVERIFY(s.monitor.handle(press, ClickerSource::global));
+        press.deviceNode.clear();
+        QVERIFY(s.monitor.handle(press, ClickerSource::global));
+        QCOMPARE(s.model.pageIndex(), 3);
+        QVERIFY(tap);
     }
 
     void nothingHappensBeforeStart()
