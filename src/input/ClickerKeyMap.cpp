@@ -76,27 +76,25 @@ ClickerAction forKeyCode(uint16_t keyCode)
 
 ClickerAction forCharacters(const QString& chars)
 {
+    static constexpr std::array<std::pair<char16_t, ClickerAction>, 11> byCharacter{{
+        {u'b', ClickerAction::blackout},
+        {u'.', ClickerAction::blackout},
+        {u'f', ClickerAction::freeze},
+        {u'l', ClickerAction::laser},
+        {u'm', ClickerAction::marker},
+        {u'r', ClickerAction::frame},
+        {u'z', ClickerAction::zoom},
+        {u'c', ClickerAction::clearMarks},
+        {u'u', ClickerAction::undoMark},
+        {u'[', ClickerAction::previousCue},
+        {u']', ClickerAction::nextCue},
+    }};
     const QString c = chars.toLower();
-    if (c == u"b" || c == u".")
-        return ClickerAction::blackout;
-    if (c == u"f")
-        return ClickerAction::freeze;
-    if (c == u"l")
-        return ClickerAction::laser;
-    if (c == u"m")
-        return ClickerAction::marker;
-    if (c == u"r")
-        return ClickerAction::frame;
-    if (c == u"z")
-        return ClickerAction::zoom;
-    if (c == u"c")
-        return ClickerAction::clearMarks;
-    if (c == u"u")
-        return ClickerAction::undoMark;
-    if (c == u"[")
-        return ClickerAction::previousCue;
-    if (c == u"]")
-        return ClickerAction::nextCue;
+    if (c.size() != 1)
+        return ClickerAction::none;
+    for (const auto& [ch, action] : byCharacter)
+        if (c.front() == QChar(ch))
+            return action;
     return ClickerAction::none;
 }
 

@@ -3,14 +3,14 @@
 #include "input/ClickerMonitor.h"
 #include "platform/DBusActivity.h"
 #include "platform/EvdevInputSource.h"
+#include "platform/QtDialogs.h"
 #include "platform/QtKeySource.h"
 #include "platform/X11RawInputSource.h"
-#include "platform/Dialogs.h"
 #include "platform/MuPdfEngine.h"
 #include "platform/QSettingsPreferences.h"
 #include "platform/QtScreens.h"
 #include "platform/XbelRecentDocuments.h"
-#include "platform/Scheduler.h"
+#include "platform/QtScheduler.h"
 
 PlatformServices PlatformServices::forThisMachine()
 {

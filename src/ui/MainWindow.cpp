@@ -56,7 +56,7 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     addCommand(showMenu_, QStringLiteral("slide.next"), {}, [this] { model_.goToNextSlide(); });
     addCommand(showMenu_, QStringLiteral("slide.prev"), {}, [this] { model_.goToPreviousSlide(); });
     showMenu_->addSeparator();
-    addCommand(showMenu_, QStringLiteral("blackout"), {}, [this] { model_.isBlackout.mutate([](bool& on) { on = !on; }); });
+    addCommand(showMenu_, QStringLiteral("blackout"), {}, [this] { model_.toggleBlackout(); });
     addCommand(showMenu_, QStringLiteral("freeze"), {}, [this] { model_.toggleFreeze(); });
     addCommand(showMenu_, QStringLiteral("laser"), {}, [this] { model_.setTool(StageTool::laser); });
     addCommand(showMenu_, QStringLiteral("marker"), {}, [this] { model_.setTool(StageTool::marker); });

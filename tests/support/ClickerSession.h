@@ -2,13 +2,13 @@
 
 #include "input/ClickerKeyMap.h"
 #include "input/ClickerMonitor.h"
-#include "support/TestSession.h"
+#include "support/ModelFixtures.h"
 
 #include <QStringList>
 
 // A clicker monitor driving a test session, with where the focus is set by
 // the test: by default a window of the program has the keyboard.
-struct ClickerSession : TestSession {
+struct ClickerSession : ModelWithFolder {
     ClickerMonitor::Focus focus{true, true, false};
     // How many inputs from outside the program reached the monitor (each asks
     // once where the focus is).

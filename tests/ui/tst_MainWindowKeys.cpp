@@ -1,6 +1,6 @@
 #include "input/ClickerMonitor.h"
 #include "platform/QtKeySource.h"
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QLineEdit>
 #include <QVBoxLayout>
@@ -25,7 +25,7 @@ class MainWindowKeysTest : public QObject {
 
     // The window with its in-program source listening, active, a probe
     // widget and a text field in it, the probe holding the keyboard.
-    struct Console : TestConsole {
+    struct Console : ShownMainWindow {
         ClickerMonitor monitor{{.local = [] { return std::make_unique<QtKeySource>(); }, .global = {}, .tap = {}}};
         Probe* probe = new Probe;
         QLineEdit* field = new QLineEdit;
