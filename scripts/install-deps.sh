@@ -29,6 +29,9 @@ packages=(
   xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
   # The screen-saver inhibit is tested against a fake service on a private session bus.
   dbus-daemon
+  # Clicker input: evdev devices and their hot-plug, key characters, X11 raw
+  # input; xdotool sends keys to a test X server, pkexec installs device access.
+  libevdev-dev libudev-dev libxkbcommon-dev libx11-dev libxi-dev xdotool pkexec
 )
 
 missing=()

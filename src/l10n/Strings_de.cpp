@@ -170,6 +170,15 @@ const StringPair germanStrings[] = {
     {"alert.show_save", "Die Show konnte nicht gespeichert werden"},
     {"alert.pdf_open", "PDF konnte nicht geöffnet werden"},
     {"save.set", "Set speichern"},
+    {"access.title", "Zugriff für den Presenter"},
+    {"access.reason", "Presenter-Tasten erreichen PDF Brelvonic nur, solange sein eigenes Fenster vorn ist: Diese Sitzung gibt Tasten für andere Programme nicht weiter, und keine Fernbedienung kann direkt gelesen werden."},
+    {"access.reason_ok", "Presenter-Tasten werden auch gehört, wenn ein anderes Programm vorn ist. Fernbedienungen, die noch nicht gelesen werden können, stehen unten."},
+    {"access.remotes", "Fernbedienungen ohne Zugriff – die freizugebenden ankreuzen:"},
+    {"access.no_remotes", "Keine Fernbedienung ohne Zugriff angeschlossen. Fernbedienung einstecken und dieses Fenster erneut öffnen."},
+    {"access.install", "Gewählte Fernbedienungen freigeben"},
+    {"access.installed", "Zugriff eingerichtet. Fernbedienung abziehen und wieder einstecken."},
+    {"access.failed", "Zugriff konnte nicht eingerichtet werden: %@"},
+    {"access.close", "Schließen"},
 };
 
 }

@@ -171,6 +171,15 @@ const StringPair englishStrings[] = {
     {"alert.show_save", "Couldn’t save the show"},
     {"alert.pdf_open", "Couldn’t open PDF"},
     {"save.set", "Save set"},
+    {"access.title", "Clicker Access"},
+    {"access.reason", "Clicker presses reach PDF Brelvonic only while its own window is in front: this session does not pass keys meant for other programs, and no presenter remote can be read directly."},
+    {"access.reason_ok", "Clicker presses are heard while another program is in front. Remotes that cannot be read yet are listed below."},
+    {"access.remotes", "Remotes without access — tick the ones to allow:"},
+    {"access.no_remotes", "No remote without access is connected. Plug the remote in and open this window again."},
+    {"access.install", "Allow Chosen Remotes"},
+    {"access.installed", "Access installed. Unplug the remote and plug it in again."},
+    {"access.failed", "Access could not be installed: %@"},
+    {"access.close", "Close"},
 };
 
 }

@@ -170,6 +170,15 @@ const StringPair chineseStrings[] = {
     {"alert.show_save", "无法保存演出"},
     {"alert.pdf_open", "无法打开 PDF"},
     {"save.set", "保存套曲"},
+    {"access.title", "翻页器访问权限"},
+    {"access.reason", "只有当 PDF Brelvonic 自己的窗口在前台时，翻页器按键才能到达：此会话不会转交发给其他程序的按键，也无法直接读取任何翻页笔。"},
+    {"access.reason_ok", "即使其他程序在前台，也能听到翻页器按键。下方列出了尚无法读取的翻页笔。"},
+    {"access.remotes", "无访问权限的翻页笔——勾选要允许的设备："},
+    {"access.no_remotes", "没有连接无访问权限的翻页笔。请插入翻页笔后重新打开此窗口。"},
+    {"access.install", "允许所选翻页笔"},
+    {"access.installed", "访问权限已安装。请拔下翻页笔后重新插入。"},
+    {"access.failed", "无法安装访问权限：%@"},
+    {"access.close", "关闭"},
 };
 
 }

@@ -56,7 +56,9 @@ void AppModel::start()
         refreshDisplays();
     // 2. Preferences, before anything that starts with their values.
     restorePreferences();
-    // 3. Clicker monitor. (Started by the clicker subsystem.)
+    // 3. Clicker monitor.
+    if (clicker_)
+        clicker_->start(*this);
     // 4. Keep the machine awake and responsive for the whole run.
     if (!presentationActivity.peek() && services_.activity)
         presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
@@ -66,7 +68,8 @@ void AppModel::start()
     // 6. Frame publisher, when enabled.
     if (syphonOutput_ && isSyphonEnabled.peek())
         syphonOutput_->start(*this);
-    // 7. Input permission check. (Read by the clicker subsystem.)
+    // 7. Whether presses are heard while another program has the focus.
+    refreshClickerTrust();
     // 8. Follow display changes.
     if (services_.screens && !screenObserver.peek()) {
         std::weak_ptr<AppModel*> weak = self_;
@@ -92,24 +95,6 @@ void AppModel::start()
     // 11.
     syncOutput();
 }
-
-// ---- Stand-ins until the clicker work lands: each moves into its
-// service's file and grows to its full behaviour there.
-
-void AppModel::refreshClickerTrust()
-{
-}
-
-void AppModel::promptClickerAccess()
-{
-}
-
-void AppModel::keepAliveForClicker()
-{
-    if (!presentationActivity.peek() && services_.activity)
-        presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
-}
-// ---- End of stand-ins.
 
 QString AppModel::fileTitle() const
 {

@@ -1,10 +1,14 @@
 #include "PlatformServices.h"
 
+#include "input/ClickerMonitor.h"
 #include "output/OutputWindowController.h"
 #include "output/FramePublisher.h"
 #include "output/FrameWorker.h"
 #include "platform/DBusActivity.h"
+#include "platform/EvdevInputSource.h"
 #include "platform/QtDialogs.h"
+#include "platform/QtKeySource.h"
+#include "platform/X11RawInputSource.h"
 #include "platform/MuPdfEngine.h"
 #include "platform/PipeWireFrameSink.h"
 #include "platform/QSettingsPreferences.h"
@@ -33,7 +37,15 @@ PlatformServices PlatformServices::forThisMachine()
         return std::make_unique<FramePublisher>(sink, scheduler, std::make_shared<FrameWorker>());
     };
 
-    // Clicker monitor: made by the clicker work.
+    // Clicker monitor: this program's windows, the X11 session and the input
+    // devices themselves.
+    s.makeClickerMonitor = [] {
+        return std::make_unique<ClickerMonitor>(ClickerMonitor::Sources{
+            .local = [] { return std::make_unique<QtKeySource>(); },
+            .global = [] { return std::make_unique<X11RawInputSource>(); },
+            .tap = [] { return std::make_unique<EvdevInputSource>(); },
+        });
+    };
 
     return s;
 }

@@ -51,43 +51,6 @@ void MainWindow::update()
     pageLabel_->setText(text);
 }
 
-void MainWindow::keyPressEvent(QKeyEvent* event)
-{
-    switch (event->key()) {
-    case Qt::Key_Right:
-    case Qt::Key_Down:
-    case Qt::Key_PageDown:
-    case Qt::Key_Space:
-        model_.goToNextSlide();
-        return;
-    case Qt::Key_Left:
-    case Qt::Key_Up:
-    case Qt::Key_PageUp:
-        model_.goToPreviousSlide();
-        return;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (model_.jumpBuffer().isEmpty())
-            model_.goToNextSlide();
-        else
-            model_.commitJump();
-        return;
-    case Qt::Key_Escape:
-        model_.clearJumpBuffer();
-        return;
-    case Qt::Key_Delete:
-    case Qt::Key_Clear:
-        // Take back the last typed digit.
-        model_.removeLastJumpDigit();
-        return;
-    default:
-        break;
-    }
-    if (event->key() >= Qt::Key_0 && event->key() <= Qt::Key_9) {
-        model_.appendJumpDigit(QString(QChar(u'0' + (event->key() - Qt::Key_0))));
-        return;
-    }
-    QMainWindow::keyPressEvent(event);
 }
 
 namespace {

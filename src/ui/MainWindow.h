@@ -18,7 +18,6 @@ public:
     explicit MainWindow(AppModel& model, QWidget* parent = nullptr);
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;
     // Files, folders and show files dropped anywhere on the window.
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
