@@ -12,6 +12,8 @@ packages=(
   # every library of `pkg-config --static --libs mupdf`, plus harfbuzz.
   libmupdf-dev libharfbuzz-dev libfreetype-dev libjpeg-dev libopenjp2-7-dev
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
+  # Qt SVG: the application icon is drawn from its SVG at every size a window asks for.
+  qt6-svg-dev
   # Benchmarks.
   libbenchmark-dev
   # Running without a display (make run under Xvfb, window tests), a font for

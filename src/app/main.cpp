@@ -3,6 +3,7 @@
 #include "model/AppModel.h"
 #include "show/DocumentIntake.h"
 #include "ui/MainWindow.h"
+#include "ui/settings/AppInfo.h"
 
 #include <QApplication>
 #include <QDir>
@@ -36,6 +37,9 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
     QApplication::setOrganizationName(QStringLiteral("Brelvonic"));
+    // Every window shows the program's icon; the desktop entry names the same one.
+    QApplication::setWindowIcon(AppInfo::icon());
+    QGuiApplication::setDesktopFileName(QStringLiteral("pdf-brelvonic"));
 
     // Files given at launch are taken like a drop, here or by the program
     // that already runs for this user.

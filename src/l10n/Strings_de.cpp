@@ -166,6 +166,9 @@ const StringPair germanStrings[] = {
     {"alert.show_save", "Die Show konnte nicht gespeichert werden"},
     {"alert.pdf_open", "PDF konnte nicht geöffnet werden"},
     {"save.set", "Set speichern"},
+    {"clicker.devices", "Geräte"},
+    {"clicker.devices_none", "Noch keine Geräte gehört. Drücken Sie eine Taste auf der Fernbedienung."},
+    {"clicker.devices_help", "Angehakte Geräte blättern die Folien auch dann, wenn ein anderes Programm vorne ist. Entfernen Sie den Haken bei Ihrer eigenen Tastatur, damit Tippen dort die Show nie bewegt."},
 };
 
 }

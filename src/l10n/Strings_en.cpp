@@ -167,6 +167,9 @@ const StringPair englishStrings[] = {
     {"alert.show_save", "Couldn’t save the show"},
     {"alert.pdf_open", "Couldn’t open PDF"},
     {"save.set", "Save set"},
+    {"clicker.devices", "Devices"},
+    {"clicker.devices_none", "No devices heard yet. Press a key on the remote."},
+    {"clicker.devices_help", "Ticked devices turn slides while another program is in front. Untick your own keyboard so that typing there never moves the show."},
 };
 
 }

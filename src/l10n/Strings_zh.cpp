@@ -166,6 +166,9 @@ const StringPair chineseStrings[] = {
     {"alert.show_save", "无法保存演出"},
     {"alert.pdf_open", "无法打开 PDF"},
     {"save.set", "保存套曲"},
+    {"clicker.devices", "设备"},
+    {"clicker.devices_none", "尚未收到任何设备的信号。请按一下遥控器上的键。"},
+    {"clicker.devices_help", "勾选的设备在其他程序位于前台时也能翻页。取消勾选您自己的键盘，这样在键盘上打字就不会移动演示。"},
 };
 
 }

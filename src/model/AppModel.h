@@ -138,6 +138,8 @@ public:
     void resetTimer();
     double timerElapsed() const;
     std::optional<double> timerRemaining() const;
+    // Seconds; persisted at once.
+    void setPlannedDuration(double seconds);
 
     // ---- Output geometry and frame state ----
     void refreshDisplays();
@@ -150,6 +152,15 @@ public:
     OutputFrameState outputFrameState() const;
     OutputFrameState stagePreviewState() const;
     bool needsLiveOutput() const;
+    // The operator's output settings (settings window and console). Each one
+    // brings the output window in line and persists the preferences.
+    void selectDisplay(uint32_t id);
+    void setAspect(AspectMode mode);
+    void setContentFit(ContentFit fit);
+    // Sizes below 1 pixel are raised to 1: the store keeps only positive sizes.
+    void setCustomSize(int width, int height);
+    void setOutputAlwaysOnTop(bool onTop);
+    void setHideOutputCursor(bool hide);
 
     // ---- Output window (src/output/OutputWindowController.cpp) ----
     // The show/hide output command: toggles `isOutputVisible`, then syncs.
@@ -173,10 +184,15 @@ public:
     // ---- Transitions ----
     // Quadratic ease-in-out of a fade's linear progress 0…1.
     static double transitionEase(double u);
+    // The operator's transition settings, persisted at once.
+    void setTransitionStyle(TransitionStyle style);
+    void setTransitionDuration(double seconds);
 
     // ---- Preferences ----
     // Writes every preference from the current properties.
     void persistPreferences();
+    // The language picker: switches every window at once and persists.
+    void setInterfaceLanguage(AppLanguage language);
     // Empties the desktop's recent-documents list of this program, then
     // `recentFiles`.
     void clearRecentFiles();
