@@ -152,13 +152,14 @@ public:
     OutputFrameState outputFrameState() const;
     OutputFrameState stagePreviewState() const;
     bool needsLiveOutput() const;
-    // The operator's output settings (settings window and console). Each one
-    // brings the output window in line and persists the preferences.
-    void selectDisplay(uint32_t id);
+    // Output choices from the console and the settings: each takes the value
+    // and persists the preferences (the output window follows on its own).
     void setAspect(AspectMode mode);
     void setContentFit(ContentFit fit);
-    // Sizes below 1 pixel are raised to 1: the store keeps only positive sizes.
+    // Custom output size in pixels; values below 1 are ignored.
     void setCustomSize(int width, int height);
+    // A display that is not connected is ignored.
+    void selectDisplay(uint32_t id);
     void setOutputAlwaysOnTop(bool onTop);
     void setHideOutputCursor(bool hide);
 

@@ -212,48 +212,44 @@ QRectF AppModel::outputFrame(const QRectF& screen) const
     return QRectF(screen.center().x() - w / 2, screen.center().y() - h / 2, w, h);
 }
 
-namespace {
-// An output setting chosen by the operator: the window follows it at once and
-// it survives a restart.
-template <typename T>
-void applyOutputSetting(AppModel& model, obs::Observed<T>& property, T value)
+void AppModel::setAspect(AspectMode mode)
 {
-    property.set(std::move(value));
-    model.syncOutput();
-    model.persistPreferences();
+    aspect.set(mode);
+    persistPreferences();
 }
+
+void AppModel::setContentFit(ContentFit fit)
+{
+    contentFit.set(fit);
+    persistPreferences();
+}
+
+void AppModel::setCustomSize(int width, int height)
+{
+    if (width >= 1)
+        customWidth.set(width);
+    if (height >= 1)
+        customHeight.set(height);
+    persistPreferences();
 }
 
 void AppModel::selectDisplay(uint32_t id)
 {
     const auto& list = displays.peek();
-    if (std::none_of(list.begin(), list.end(), [id](const OutputDisplay& d) { return d.id == id; }))
+    if (std::none_of(list.begin(), list.end(), [&](const OutputDisplay& d) { return d.id == id; }))
         return;
-    applyOutputSetting(*this, selectedDisplayID, std::optional<uint32_t>(id));
-}
-
-void AppModel::setAspect(AspectMode mode)
-{
-    applyOutputSetting(*this, aspect, mode);
-}
-
-void AppModel::setContentFit(ContentFit fit)
-{
-    applyOutputSetting(*this, contentFit, fit);
-}
-
-void AppModel::setCustomSize(int width, int height)
-{
-    customWidth.set(std::max(width, 1));
-    applyOutputSetting(*this, customHeight, std::max(height, 1));
+    selectedDisplayID.set(id);
+    persistPreferences();
 }
 
 void AppModel::setOutputAlwaysOnTop(bool onTop)
 {
-    applyOutputSetting(*this, outputAlwaysOnTop, onTop);
+    outputAlwaysOnTop.set(onTop);
+    persistPreferences();
 }
 
 void AppModel::setHideOutputCursor(bool hide)
 {
-    applyOutputSetting(*this, hideOutputCursor, hide);
+    hideOutputCursor.set(hide);
+    persistPreferences();
 }
