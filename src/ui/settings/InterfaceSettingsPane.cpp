@@ -9,19 +9,15 @@ InterfaceSettingsPane::InterfaceSettingsPane(AppModel& model, QWidget* parent)
     : SettingsPane(model, parent)
 {
     QFormLayout* form = addSection({});
-    language_ = new QComboBox(this);
-    language_->setObjectName(QStringLiteral("languagePicker"));
-    for (AppLanguage language : appLanguages.all())
-        language_->addItem(AppLanguages::displayName(language), static_cast<int>(language));
-    addRow(form, QStringLiteral("lang.label"), language_);
+    // Each language in its own name, whatever the interface speaks now.
+    language_ = addPicker<AppLanguage>(form, QStringLiteral("lang.label"), QStringLiteral("languagePicker"),
+                                       appLanguages.all(), &AppLanguages::displayName,
+                                       [this](AppLanguage language) { model_.setInterfaceLanguage(language); });
     addHelp(form, QStringLiteral("lang.hint"));
-    connect(language_, &QComboBox::activated, this, [this](int index) {
-        model_.setInterfaceLanguage(static_cast<AppLanguage>(language_->itemData(index).toInt()));
-    });
     follow();
 }
 
 void InterfaceSettingsPane::update()
 {
-    language_->setCurrentIndex(language_->findData(static_cast<int>(model_.interfaceLanguage())));
+    showChoice(language_, model_.interfaceLanguage());
 }

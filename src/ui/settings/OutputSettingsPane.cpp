@@ -26,28 +26,18 @@ OutputSettingsPane::OutputSettingsPane(AppModel& model, QWidget* parent)
     connect(display_, &QComboBox::activated, this,
             [this](int index) { model_.selectDisplay(display_->itemData(index).toUInt()); });
 
-    aspect_ = new QComboBox(this);
-    aspect_->setObjectName(QStringLiteral("aspectPicker"));
-    for (AspectMode mode : aspectModes.all())
-        aspect_->addItem(QString(), static_cast<int>(mode));
-    addRow(screen, QStringLiteral("format"), aspect_);
-    connect(aspect_, &QComboBox::activated, this, [this](int index) {
-        model_.setAspect(static_cast<AspectMode>(aspect_->itemData(index).toInt()));
-    });
+    aspect_ = addPicker<AspectMode>(screen, QStringLiteral("format"), QStringLiteral("aspectPicker"), aspectModes.all(),
+                                    &aspectModeTitle, [this](AspectMode mode) { model_.setAspect(mode); });
 
     width_ = makeSizeField(QStringLiteral("customWidth"));
     height_ = makeSizeField(QStringLiteral("customHeight"));
     addRow(screen, QStringLiteral("width_px"), width_);
     addRow(screen, QStringLiteral("height_px"), height_);
 
-    fit_ = new QComboBox(this);
-    fit_->setObjectName(QStringLiteral("fitPicker"));
-    fit_->addItem(QString(), static_cast<int>(ContentFit::contain));
-    fit_->addItem(QString(), static_cast<int>(ContentFit::cover));
-    addRow(screen, QStringLiteral("slide_scale"), fit_);
-    connect(fit_, &QComboBox::activated, this, [this](int index) {
-        model_.setContentFit(static_cast<ContentFit>(fit_->itemData(index).toInt()));
-    });
+    fit_ = addPicker<ContentFit>(
+        screen, QStringLiteral("slide_scale"), QStringLiteral("fitPicker"), contentFits.all(),
+        [](ContentFit fit) { return L10n::t(fit == ContentFit::contain ? QStringLiteral("fit.contain") : QStringLiteral("fit.cover")); },
+        [this](ContentFit fit) { model_.setContentFit(fit); });
 
     QFormLayout* window = addSection(QStringLiteral("output.window"));
     const auto addToggle = [&](const QString& name, const QString& key) {
@@ -124,9 +114,7 @@ void OutputSettingsPane::update()
     }
 
     const AspectMode mode = model_.aspect();
-    for (int i = 0; i < aspect_->count(); ++i)
-        aspect_->setItemText(i, aspectModeTitle(static_cast<AspectMode>(aspect_->itemData(i).toInt())));
-    aspect_->setCurrentIndex(aspect_->findData(static_cast<int>(mode)));
+    showChoice(aspect_, mode);
 
     // Sizes in the interface language's digits and grouping.
     const QLocale locale(appLanguages.rawValue(model_.interfaceLanguage()));
@@ -141,9 +129,7 @@ void OutputSettingsPane::update()
         screenForm_->setRowVisible(field, mode == AspectMode::custom);
     }
 
-    fit_->setItemText(0, L10n::t(QStringLiteral("fit.contain")));
-    fit_->setItemText(1, L10n::t(QStringLiteral("fit.cover")));
-    fit_->setCurrentIndex(fit_->findData(static_cast<int>(model_.contentFit())));
+    showChoice(fit_, model_.contentFit());
 
     showOutput_->setChecked(model_.isOutputVisible());
     onTop_->setChecked(model_.outputAlwaysOnTop());

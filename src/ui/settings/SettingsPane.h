@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QComboBox>
 #include <QWidget>
 
+#include <array>
 #include <functional>
 #include <vector>
 
@@ -38,6 +40,33 @@ protected:
     // Keeps the text of a label or button on `key` in the current language.
     void keepText(QLabel* label, const QString& key);
     void keepText(QAbstractButton* button, const QString& key);
+    // Runs `relabel` whenever the language changes (and once at the start).
+    void keepTexts(std::function<void()> relabel) { relabels_.push_back(std::move(relabel)); }
+    // A row with a picker over `values`, each shown by `title` (looked up
+    // again on a language switch); the operator's choice goes to `choose`.
+    template <typename E, std::size_t N>
+    QComboBox* addPicker(QFormLayout* form, const QString& labelKey, const QString& name, const std::array<E, N>& values,
+                         std::function<QString(E)> title, std::function<void(E)> choose)
+    {
+        auto* picker = new QComboBox(this);
+        picker->setObjectName(name);
+        for (E value : values)
+            picker->addItem(QString(), static_cast<int>(value));
+        keepTexts([picker, values, title] {
+            for (std::size_t i = 0; i < N; ++i)
+                picker->setItemText(int(i), title(values[i]));
+        });
+        addRow(form, labelKey, picker);
+        connect(picker, &QComboBox::activated, this,
+                [picker, choose](int index) { choose(static_cast<E>(picker->itemData(index).toInt())); });
+        return picker;
+    }
+    // Shows `value` as the picker's current choice.
+    template <typename E>
+    static void showChoice(QComboBox* picker, E value)
+    {
+        picker->setCurrentIndex(picker->findData(static_cast<int>(value)));
+    }
     // Starts following the model; subclasses call it last in their constructor.
     void follow();
     // Reads the model and sets every control; runs under change tracking.

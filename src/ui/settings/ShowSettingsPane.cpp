@@ -37,14 +37,12 @@ ShowSettingsPane::ShowSettingsPane(AppModel& model, QWidget* parent)
     : SettingsPane(model, parent)
 {
     transition_ = addSection(QStringLiteral("transition.section"));
-    style_ = new QComboBox(this);
-    style_->setObjectName(QStringLiteral("transitionPicker"));
-    style_->addItem(QString(), static_cast<int>(TransitionStyle::none));
-    style_->addItem(QString(), static_cast<int>(TransitionStyle::fade));
-    addRow(transition_, QStringLiteral("transition.between"), style_);
-    connect(style_, &QComboBox::activated, this, [this](int index) {
-        model_.setTransitionStyle(static_cast<TransitionStyle>(style_->itemData(index).toInt()));
-    });
+    style_ = addPicker<TransitionStyle>(
+        transition_, QStringLiteral("transition.between"), QStringLiteral("transitionPicker"), transitionStyles.all(),
+        [](TransitionStyle style) {
+            return L10n::t(style == TransitionStyle::fade ? QStringLiteral("transition.fade") : QStringLiteral("transition.none"));
+        },
+        [this](TransitionStyle style) { model_.setTransitionStyle(style); });
 
     // The slider between its end labels; the lower one reads 0.1 on purpose.
     durationRow_ = new QWidget(this);
@@ -107,10 +105,8 @@ void ShowSettingsPane::stepPlan(int direction)
 
 void ShowSettingsPane::update()
 {
-    style_->setItemText(0, L10n::t(QStringLiteral("transition.none")));
-    style_->setItemText(1, L10n::t(QStringLiteral("transition.fade")));
     const bool fade = model_.transitionStyle() == TransitionStyle::fade;
-    style_->setCurrentIndex(fade ? 1 : 0);
+    showChoice(style_, model_.transitionStyle());
 
     // The duration matters only for a dissolve.
     transition_->setRowVisible(durationRow_, fade);
