@@ -1,6 +1,5 @@
 #include "l10n/L10n.h"
-#include "support/ModelFixture.h"
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 #include "ui/settings/AboutWindow.h"
 #include "ui/settings/AppInfo.h"
 #include "ui/settings/SettingsWindow.h"
@@ -21,7 +20,7 @@ namespace {
 
 // The settings window over a model on fake platform services, with a laptop
 // (the main screen) and a projector connected.
-struct OpenSettings : TestSession {
+struct OpenSettings : ModelOnFakes {
     SettingsWindow window{model};
 
     OpenSettings()
@@ -352,7 +351,7 @@ private slots:
 
     void aboutWindowFollowsTheLanguage()
     {
-        FakeModel m;
+        ModelOnFakes m;
         AboutWindow about(m.model);
         about.show();
         QCOMPARE(about.width(), 380);

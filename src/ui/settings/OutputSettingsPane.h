@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 #include "ui/settings/SettingsPane.h"
 
 #include <vector>
