@@ -12,6 +12,8 @@ packages=(
   # every library of `pkg-config --static --libs mupdf`, plus harfbuzz.
   libmupdf-dev libharfbuzz-dev libfreetype-dev libjpeg-dev libopenjp2-7-dev
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
+  # Qt SVG: the application icon is drawn from its SVG at every size a window asks for.
+  qt6-svg-dev
   # Benchmarks.
   libbenchmark-dev
   # The video source (PipeWire), and for its tests a private PipeWire with its

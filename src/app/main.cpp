@@ -4,6 +4,7 @@
 #include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "show/DocumentIntake.h"
+#include "ui/settings/AppInfo.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -48,6 +49,9 @@ int main(int argc, char** argv)
     parser.addPositionalArgument(QStringLiteral("files"), L10n::t(QStringLiteral("cli.files")),
                                  QStringLiteral("[files...]"));
     parser.process(app);
+    // Every window shows the program's icon; the desktop entry names the same one.
+    QApplication::setWindowIcon(AppInfo::icon());
+    QGuiApplication::setDesktopFileName(QStringLiteral("pdf-brelvonic"));
 
     // Files given at launch are taken like a drop, here or by the program
     // that already runs for this user.

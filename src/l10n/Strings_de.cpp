@@ -179,6 +179,9 @@ const StringPair germanStrings[] = {
     {"access.installed", "Zugriff eingerichtet. Fernbedienung abziehen und wieder einstecken."},
     {"access.failed", "Zugriff konnte nicht eingerichtet werden: %@"},
     {"access.close", "Schließen"},
+    {"clicker.devices", "Geräte"},
+    {"clicker.devices_none", "Noch keine Geräte gehört. Drücken Sie eine Taste auf der Fernbedienung."},
+    {"clicker.devices_help", "Angehakte Geräte blättern die Folien auch dann, wenn ein anderes Programm vorne ist. Entfernen Sie den Haken bei Ihrer eigenen Tastatur, damit Tippen dort die Show nie bewegt."},
 };
 
 }

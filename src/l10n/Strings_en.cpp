@@ -180,6 +180,9 @@ const StringPair englishStrings[] = {
     {"access.installed", "Access installed. Unplug the remote and plug it in again."},
     {"access.failed", "Access could not be installed: %@"},
     {"access.close", "Close"},
+    {"clicker.devices", "Devices"},
+    {"clicker.devices_none", "No devices heard yet. Press a key on the remote."},
+    {"clicker.devices_help", "Ticked devices turn slides while another program is in front. Untick your own keyboard so that typing there never moves the show."},
 };
 
 }

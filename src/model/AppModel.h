@@ -140,6 +140,8 @@ public:
     void resetTimer();
     double timerElapsed() const;
     std::optional<double> timerRemaining() const;
+    // Seconds; persisted at once.
+    void setPlannedDuration(double seconds);
 
     // ---- Output geometry and frame state (src/output/OutputGeometry.cpp) ----
     void refreshDisplays();
@@ -152,6 +154,16 @@ public:
     OutputFrameState outputFrameState() const;
     OutputFrameState stagePreviewState() const;
     bool needsLiveOutput() const;
+    // Output choices from the console and the settings: each takes the value
+    // and persists the preferences (the output window follows on its own).
+    void setAspect(AspectMode mode);
+    void setContentFit(ContentFit fit);
+    // Custom output size in pixels; values below 1 are ignored.
+    void setCustomSize(int width, int height);
+    // A display that is not connected is ignored.
+    void selectDisplay(uint32_t id);
+    void setOutputAlwaysOnTop(bool onTop);
+    void setHideOutputCursor(bool hide);
 
     // ---- Output window (src/output/OutputWindowController.cpp) ----
     // The show/hide output command: toggles `isOutputVisible`, then syncs.
@@ -180,10 +192,15 @@ public:
     // ---- Transitions (src/output/Transitions.cpp) ----
     // Quadratic ease-in-out of a fade's linear progress 0…1.
     static double transitionEase(double u);
+    // The operator's transition settings, persisted at once.
+    void setTransitionStyle(TransitionStyle style);
+    void setTransitionDuration(double seconds);
 
     // ---- Preferences (src/model/Preferences.cpp) ----
     // Writes every preference from the current properties.
     void persistPreferences();
+    // The language picker: switches every window at once and persists.
+    void setInterfaceLanguage(AppLanguage language);
     // The settings a show carries, as they stand, coded (all present).
     ShowSettings showSettings() const;
     // Takes every usable value of `settings`: a known raw value, a size of 1

@@ -153,3 +153,9 @@ void AppModel::clearRecentFiles()
     services_.recents->clear();
     recentFiles.set(services_.recents->list());
 }
+
+void AppModel::setInterfaceLanguage(AppLanguage language)
+{
+    interfaceLanguage.set(language);
+    persistPreferences();
+}

@@ -57,3 +57,11 @@ std::optional<double> AppModel::timerRemaining() const
         return std::nullopt;
     return std::max(planned - timerElapsed(), 0.0);
 }
+
+void AppModel::setPlannedDuration(double seconds)
+{
+    if (!std::isfinite(seconds))
+        return;
+    plannedDuration.set(seconds);
+    persistPreferences();
+}

@@ -211,3 +211,45 @@ QRectF AppModel::outputFrame(const QRectF& screen) const
     h = std::min(h, H);
     return QRectF(screen.center().x() - w / 2, screen.center().y() - h / 2, w, h);
 }
+
+void AppModel::setAspect(AspectMode mode)
+{
+    aspect.set(mode);
+    persistPreferences();
+}
+
+void AppModel::setContentFit(ContentFit fit)
+{
+    contentFit.set(fit);
+    persistPreferences();
+}
+
+void AppModel::setCustomSize(int width, int height)
+{
+    if (width >= 1)
+        customWidth.set(width);
+    if (height >= 1)
+        customHeight.set(height);
+    persistPreferences();
+}
+
+void AppModel::selectDisplay(uint32_t id)
+{
+    const auto& list = displays.peek();
+    if (std::none_of(list.begin(), list.end(), [&](const OutputDisplay& d) { return d.id == id; }))
+        return;
+    selectedDisplayID.set(id);
+    persistPreferences();
+}
+
+void AppModel::setOutputAlwaysOnTop(bool onTop)
+{
+    outputAlwaysOnTop.set(onTop);
+    persistPreferences();
+}
+
+void AppModel::setHideOutputCursor(bool hide)
+{
+    hideOutputCursor.set(hide);
+    persistPreferences();
+}

@@ -76,3 +76,18 @@ void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, double sta
             (*alive)->runFadeStep(model, task, start, duration);
     });
 }
+
+void AppModel::setTransitionStyle(TransitionStyle style)
+{
+    transitionStyle.set(style);
+    persistPreferences();
+}
+
+void AppModel::setTransitionDuration(double seconds)
+{
+    // A duration that is not a positive number would not survive a restart.
+    if (!(seconds > 0) || !std::isfinite(seconds))
+        return;
+    transitionDuration.set(seconds);
+    persistPreferences();
+}
