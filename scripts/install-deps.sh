@@ -17,6 +17,9 @@ packages=(
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
+  # The Debian package: icons rendered from SVG, the checks of the desktop entry
+  # and metainfo, and udev's own pkg-config file that names its rules folder.
+  librsvg2-bin desktop-file-utils appstream udev
 )
 
 missing=()
