@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 FILES ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: run test deps build clean bench
+.PHONY: run test deps build clean bench package install
 
 deps:
 	@bash scripts/install-deps.sh
@@ -22,6 +22,15 @@ test: build
 
 bench: build
 	@for b in $(BUILD_DIR)/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$b"; "$$b"; done
+
+# A Debian package of the program in $(BUILD_DIR) (install it with apt or dpkg -i).
+package: build
+	cd $(BUILD_DIR) && cpack -G DEB
+
+# The same files under a prefix: make install PREFIX=/usr/local (DESTDIR is honoured).
+PREFIX ?= /usr/local
+install: build
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
 
 clean:
 	rm -rf $(BUILD_DIR)

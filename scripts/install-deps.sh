@@ -34,6 +34,9 @@ packages=(
   # Clicker input: evdev devices and their hot-plug, key characters, X11 raw
   # input; xdotool sends keys to a test X server, pkexec installs device access.
   libevdev-dev libudev-dev libxkbcommon-dev libx11-dev libxi-dev xdotool pkexec
+  # The Debian package: icons rendered from SVG, the checks of the desktop entry
+  # and metainfo, and udev's own pkg-config file that names its rules folder.
+  librsvg2-bin desktop-file-utils appstream udev
 )
 
 missing=()
