@@ -150,6 +150,16 @@ public:
     OutputFrameState outputFrameState() const;
     OutputFrameState stagePreviewState() const;
     bool needsLiveOutput() const;
+    // Output choices from the console and the settings: each takes the value
+    // and persists the preferences (the output window follows on its own).
+    void setAspect(AspectMode mode);
+    void setContentFit(ContentFit fit);
+    // Custom output size in pixels; values below 1 are ignored.
+    void setCustomSize(int width, int height);
+    // A display that is not connected is ignored.
+    void selectDisplay(uint32_t id);
+    void setOutputAlwaysOnTop(bool onTop);
+    void setHideOutputCursor(bool hide);
 
     // ---- Output window (src/output/OutputWindowController.cpp) ----
     // The show/hide output command: toggles `isOutputVisible`, then syncs.
@@ -229,6 +239,8 @@ public:
     void nudgeZoom(double delta);
     // A pinch under the zoom tool; `magnification` is the running factor.
     void pinchZoom(double magnification);
+    // The console's zoom slider: the scale, clamped into the zoom range.
+    void setZoomScale(double scale);
 
     // ---- Platform layers, for the subsystems that need them ----
     const PlatformServices& services() const { return services_; }
@@ -254,6 +266,10 @@ private:
     void pushUndo(AnnotationUndo record);
 
     PlatformServices services_;
+    // Every interface-text lookup reads the language through this, so any
+    // view that shows a text is told of a language switch.
+    std::shared_ptr<const std::function<void()>> languageRead_ =
+        std::make_shared<const std::function<void()>>([this] { (void)interfaceLanguage(); });
     // Handed to tasks so they can tell whether the model still exists.
     std::shared_ptr<AppModel*> self_;
 
