@@ -2,7 +2,8 @@
 #include "app/SingleInstance.h"
 #include "model/AppModel.h"
 #include "show/DocumentIntake.h"
-#include "ui/MainWindow.h"
+#include "ui/console/ConsoleStyle.h"
+#include "ui/console/ConsoleWindow.h"
 
 #include <QApplication>
 #include <QDir>
@@ -36,6 +37,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
     QApplication::setOrganizationName(QStringLiteral("Brelvonic"));
+    ConsoleStyle::applyDarkTheme(app);
 
     // Files given at launch are taken like a drop, here or by the program
     // that already runs for this user.
@@ -45,7 +47,7 @@ int main(int argc, char** argv)
         return 0;
 
     AppModel& model = AppModel::shared();
-    MainWindow window(model);
+    ConsoleWindow window(model);
     window.show();
     model.start();
 

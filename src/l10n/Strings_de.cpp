@@ -166,6 +166,7 @@ const StringPair germanStrings[] = {
     {"alert.show_save", "Die Show konnte nicht gespeichert werden"},
     {"alert.pdf_open", "PDF konnte nicht geöffnet werden"},
     {"save.set", "Set speichern"},
+    {"remove", "Entfernen"},
 };
 
 }

@@ -167,6 +167,7 @@ const StringPair englishStrings[] = {
     {"alert.show_save", "Couldn’t save the show"},
     {"alert.pdf_open", "Couldn’t open PDF"},
     {"save.set", "Save set"},
+    {"remove", "Remove"},
 };
 
 }

@@ -166,6 +166,7 @@ const StringPair russianStrings[] = {
     {"alert.show_save", "Не удалось сохранить показ"},
     {"alert.pdf_open", "Не удалось открыть PDF"},
     {"save.set", "Сохранить сет"},
+    {"remove", "Удалить"},
 };
 
 }

@@ -166,6 +166,7 @@ const StringPair chineseStrings[] = {
     {"alert.show_save", "无法保存演出"},
     {"alert.pdf_open", "无法打开 PDF"},
     {"save.set", "保存套曲"},
+    {"remove", "移除"},
 };
 
 }

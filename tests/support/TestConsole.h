@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/TestSession.h"
-#include "ui/MainWindow.h"
+#include "ui/console/ConsoleWindow.h"
 
 #include <QAction>
 
@@ -15,9 +15,9 @@ Child* childWithText(const QWidget& window, const QString& text)
     return nullptr;
 }
 
-// The main window on a test session, shown.
+// The operator's console on a test session, shown.
 struct TestConsole : TestSession {
-    MainWindow window{model};
+    ConsoleWindow window{model};
 
     TestConsole() { window.show(); }
     QAction* command(const QString& text) const { return childWithText(window, text); }
