@@ -17,6 +17,8 @@ packages=(
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
+  # The console's Chinese texts (screenshots, and any machine without a CJK font).
+  fonts-wqy-microhei
 )
 
 missing=()

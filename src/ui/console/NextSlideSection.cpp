@@ -7,6 +7,7 @@
 #include "ui/console/SidebarHeader.h"
 
 #include <QLabel>
+#include <QTimer>
 #include <QVBoxLayout>
 
 NextSlideSection::NextSlideSection(AppModel& model, QWidget* parent)
@@ -35,13 +36,29 @@ NextSlideSection::NextSlideSection(AppModel& model, QWidget* parent)
 void NextSlideSection::refresh()
 {
     const auto label = model_.upcomingLabel();
-    std::shared_ptr<const QImage> image;
-    // Rendered ahead by the model at the slide size: usually at once.
-    if (const auto page = model_.upcomingPage()) {
-        const QSizeF box = model_.snapshotSize();
-        image = page->document->render(page->index, box.toSize());
-    }
-    preview_->show(image, L10n::t(QStringLiteral("set.end")));
+    const auto page = model_.upcomingPage();
     caption_->setText(label.value_or(QString()));
     caption_->setVisible(label.has_value());
+    ++generation_;
+    if (!page) {
+        preview_->show(nullptr, L10n::t(QStringLiteral("set.end")));
+        return;
+    }
+    // Within the file the strip's thumbnail is at hand and costs nothing, so
+    // a press paints the stage without waiting for this preview.
+    if (page->document == model_.document()) {
+        const auto& thumbnails = model_.thumbnails();
+        if (const auto it = thumbnails.find(page->index); it != thumbnails.end() && it->second) {
+            preview_->show(it->second, QString());
+            return;
+        }
+    }
+    // The next file's first page, or a thumbnail not yet made: rendered at
+    // the preview's size once the stage has painted.
+    QTimer::singleShot(0, this, [this, target = *page, wanted = generation_] {
+        if (wanted != generation_)
+            return;
+        const QSize box = (QSizeF(preview_->size()) * preview_->devicePixelRatioF()).toSize();
+        preview_->show(target.document->render(target.index, box), QString());
+    });
 }

@@ -19,4 +19,5 @@ protected:
 private:
     PagePreview* preview_;
     QLabel* caption_;
+    int generation_ = 0;  // a deferred render for an older page is dropped
 };
