@@ -11,6 +11,8 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QScrollArea>
+#include <QScrollBar>
 
 #include <cstdio>
 
@@ -79,6 +81,12 @@ int main(int argc, char** argv)
             platform.scheduler->advance(754);
             settle();
             window.grab().save(QStringLiteral("%1/show-%2-%3x%4.png").arg(out, l.name).arg(size.width()).arg(size.height()));
+            // The sidebar's lower sections, scrolled into view.
+            auto* sidebar = static_cast<QScrollArea*>(window.sidebar());
+            sidebar->verticalScrollBar()->setValue(sidebar->verticalScrollBar()->maximum());
+            settle();
+            window.grab().save(QStringLiteral("%1/tools-%2-%3x%4.png").arg(out, l.name).arg(size.width()).arg(size.height()));
+            sidebar->verticalScrollBar()->setValue(0);
             model.toggleBlackout();
             model.setTool(StageTool::pointer);
             model.clearAnnotations();

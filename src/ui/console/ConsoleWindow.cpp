@@ -24,10 +24,13 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QToolBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 constexpr int sidebarMin = 252;
@@ -93,6 +96,10 @@ ConsoleWindow::ConsoleWindow(AppModel& model, QWidget* parent)
     scroll->setMinimumWidth(sidebarMin);
     scroll->setMaximumWidth(sidebarMax);
     sidebar_ = scroll;
+    sections_ = sections;
+    // Relabelled sections may need more width (the longest texts are German
+    // and Russian): the sidebar grows within its limits rather than clip.
+    sections->installEventFilter(this);
 
     // The detail area: the empty stage, or the stage with note, timer and strip.
     detail_ = new QStackedWidget;
@@ -215,9 +222,26 @@ bool ConsoleWindow::catchDrag(QEvent* event)
     }
 }
 
+void ConsoleWindow::fitSidebar()
+{
+    auto* scroll = static_cast<QScrollArea*>(sidebar_);
+    const int need = sections_->minimumSizeHint().width() + scroll->verticalScrollBar()->sizeHint().width();
+    const int width = std::clamp(need, sidebarMin, sidebarMax);
+    if (scroll->minimumWidth() == width)
+        return;
+    scroll->setMinimumWidth(width);
+    QList<int> sizes = split_->sizes();
+    if (sizes.size() == 2 && sizes[0] < width) {
+        const int total = sizes[0] + sizes[1];
+        split_->setSizes({width, total - width});
+    }
+}
+
 bool ConsoleWindow::eventFilter(QObject* watched, QEvent* event)
 {
     const auto type = event->type();
+    if (watched == sections_ && type == QEvent::LayoutRequest)
+        QMetaObject::invokeMethod(this, [this] { fitSidebar(); }, Qt::QueuedConnection);
     if (type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::DragLeave || type == QEvent::Drop) {
         auto* widget = qobject_cast<QWidget*>(watched);
         if (widget && widget->window() == this && catchDrag(event))

@@ -40,6 +40,8 @@ private:
     // Files dragged over any widget of this window come here first.
     bool catchDrag(QEvent* event);
     void setDropHighlight(bool shown);
+    // The sidebar at least as wide as its sections need, within its limits.
+    void fitSidebar();
 
     AppModel& model_;
     obs::Follower* follower_;
@@ -50,6 +52,7 @@ private:
     QAction* settings_;
     QSplitter* split_;
     QWidget* sidebar_;
+    QWidget* sections_;
     QStackedWidget* detail_;
     EmptyStage* empty_;
     QWidget* showing_;
