@@ -1,6 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -48,7 +48,7 @@ private slots:
 
     void openingAndStyleNoneCut()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
@@ -63,7 +63,7 @@ private slots:
 
     void shortDurations()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.transitionDuration.set(0.04);
         model.goToNextSlide();
@@ -85,7 +85,7 @@ private slots:
 
     void aFullFadeRisesInSmallStepsAndEndsAtExactlyOne()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         ProgressLog log(model);
         const double start = platform.scheduler->now();
@@ -107,7 +107,7 @@ private slots:
 
     void aNewPressRestartsFromThePageJustLeft()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -128,7 +128,7 @@ private slots:
 
     void aCutDuringAFadeStopsItForGood()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -143,7 +143,7 @@ private slots:
 
     void loadingAnotherSetMidFadeIsACut()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -162,7 +162,7 @@ private slots:
 
     void unfreezeFadesFromTheHeldPage()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToPage(2);
         platform.scheduler->runAll();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -10,7 +10,7 @@
 #include <QtTest>
 
 // The console on a test session, shown, with the look-ups its tests share.
-struct ConsoleProbe : TestConsole {
+struct ConsoleProbe : ShownMainWindow {
     ConsoleProbe()
     {
         model.interfaceLanguage.set(AppLanguage::english);

@@ -3,7 +3,6 @@
 #include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "ui/console/ConsoleStyle.h"
-#include "ui/console/SidebarHeader.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -13,10 +12,7 @@
 ClickerSection::ClickerSection(AppModel& model, QWidget* parent)
     : ConsolePart(model, parent)
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new SidebarHeader(model, QStringLiteral("clicker"), QStringLiteral("network-wireless"),
-                                        ConsoleStyle::green(), this));
+    auto* layout = beginSection(QStringLiteral("clicker"), QStringLiteral("network-wireless"), ConsoleStyle::green());
     activeRow_ = new QWidget(this);
     auto* row = new QHBoxLayout(activeRow_);
     row->setContentsMargins(0, 0, 0, 0);

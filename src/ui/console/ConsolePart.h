@@ -3,6 +3,7 @@
 #include <QWidget>
 
 class AppModel;
+class QVBoxLayout;
 namespace obs { class Follower; }
 
 // One part of the console: a view of the model kept in step by its own
@@ -20,6 +21,8 @@ protected:
     // Called at the end of a part's constructor, once its children exist.
     void startFollowing();
     virtual void refresh() = 0;
+    // Starts a sidebar section: a column headed by the section's title.
+    QVBoxLayout* beginSection(const QString& titleKey, const QString& iconName, const QColor& tint);
 
     AppModel& model_;
 

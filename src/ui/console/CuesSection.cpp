@@ -4,7 +4,6 @@
 #include "model/AppModel.h"
 #include "ui/console/ConsoleStyle.h"
 #include "ui/console/SetListView.h"
-#include "ui/console/SidebarHeader.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -18,10 +17,7 @@
 CuesSection::CuesSection(AppModel& model, QWidget* parent)
     : ConsolePart(model, parent)
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new SidebarHeader(model, QStringLiteral("bookmarks"), QStringLiteral("bookmark-new"),
-                                        ConsoleStyle::orange(), this));
+    auto* layout = beginSection(QStringLiteral("bookmarks"), QStringLiteral("bookmark-new"), ConsoleStyle::orange());
     list_ = new QTreeWidget(this);
     list_->setObjectName(QStringLiteral("cueList"));
     list_->setColumnCount(2);

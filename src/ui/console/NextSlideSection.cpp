@@ -4,7 +4,6 @@
 #include "model/AppModel.h"
 #include "ui/console/ConsoleStyle.h"
 #include "ui/console/PagePreview.h"
-#include "ui/console/SidebarHeader.h"
 
 #include <QLabel>
 #include <QTimer>
@@ -13,10 +12,7 @@
 NextSlideSection::NextSlideSection(AppModel& model, QWidget* parent)
     : ConsolePart(model, parent)
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new SidebarHeader(model, QStringLiteral("next"), QStringLiteral("media-skip-forward"),
-                                        ConsoleStyle::mark(), this));
+    auto* layout = beginSection(QStringLiteral("next"), QStringLiteral("media-skip-forward"), ConsoleStyle::mark());
     preview_ = new PagePreview(this);
     preview_->setObjectName(QStringLiteral("nextPreview"));
     preview_->setFixedHeight(148);

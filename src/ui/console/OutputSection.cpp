@@ -4,7 +4,6 @@
 #include "model/AppModel.h"
 #include "ui/console/ConsoleStyle.h"
 #include "ui/console/ConsoleTexts.h"
-#include "ui/console/SidebarHeader.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -43,10 +42,7 @@ void check(QCheckBox* box, bool on)
 OutputSection::OutputSection(AppModel& model, QWidget* parent)
     : ConsolePart(model, parent)
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new SidebarHeader(model, QStringLiteral("output"), QStringLiteral("video-display"),
-                                        ConsoleStyle::teal(), this));
+    auto* layout = beginSection(QStringLiteral("output"), QStringLiteral("video-display"), ConsoleStyle::teal());
     auto* grid = new QGridLayout;
     grid->setColumnStretch(1, 1);
     layout->addLayout(grid);

@@ -4,7 +4,6 @@
 #include "model/AppModel.h"
 #include "ui/console/ConsoleStyle.h"
 #include "ui/console/SetListView.h"
-#include "ui/console/SidebarHeader.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -13,10 +12,7 @@
 SetListSection::SetListSection(AppModel& model, QWidget* parent)
     : ConsolePart(model, parent)
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new SidebarHeader(model, QStringLiteral("set"), QStringLiteral("view-list-details"),
-                                        ConsoleStyle::sky(), this));
+    auto* layout = beginSection(QStringLiteral("set"), QStringLiteral("view-list-details"), ConsoleStyle::sky());
     list_ = new SetListView(model, this);
     list_->setObjectName(QStringLiteral("setList"));
     layout->addWidget(list_);

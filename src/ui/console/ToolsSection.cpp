@@ -4,7 +4,6 @@
 #include "model/AppModel.h"
 #include "ui/console/ColorSwatch.h"
 #include "ui/console/ConsoleStyle.h"
-#include "ui/console/SidebarHeader.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -37,10 +36,7 @@ QString toolIconName(StageTool tool)
 ToolsSection::ToolsSection(AppModel& model, QWidget* parent)
     : ConsolePart(model, parent)
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new SidebarHeader(model, QStringLiteral("tools"), QStringLiteral("preferences-other"),
-                                        ConsoleStyle::indigo(), this));
+    auto* layout = beginSection(QStringLiteral("tools"), QStringLiteral("preferences-other"), ConsoleStyle::indigo());
     blackout_ = new QCheckBox(this);
     blackout_->setObjectName(QStringLiteral("blackoutToggle"));
     freeze_ = new QCheckBox(this);
