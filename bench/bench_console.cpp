@@ -7,7 +7,7 @@
 // Usage: bench_console [DECK.pdf]   (default: a deck from /tmp/decks)
 // Run with QT_QPA_PLATFORM=offscreen, or on Xvfb for real window paints.
 #include "model/AppModel.h"
-#include "platform/Scheduler.h"
+#include "platform/QtScheduler.h"
 #include "stage/StageCanvas.h"
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
