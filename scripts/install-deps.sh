@@ -19,6 +19,13 @@ packages=(
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
   # The console's Chinese texts (screenshots, and any machine without a CJK font).
   fonts-wqy-microhei
+  # The output window's X11 states and the X screen saver kept off (Xlib,
+  # XScreenSaver); the window tests read the pointer's image (XFixes).
+  libx11-dev libxss-dev libxfixes-dev
+  # Window tests on two screens: Xorg with the dummy driver, arranged by xrandr.
+  xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
+  # The screen-saver inhibit is tested against a fake service on a private session bus.
+  dbus-daemon
 )
 
 missing=()

@@ -168,6 +168,8 @@ public:
     void toggleOutputVisible();
     // Brings the output window in line with the model (no-op without a controller).
     void syncOutput();
+    // The controller of the output window; null when the platform made none.
+    OutputWindowController* outputController() const { return output_.get(); }
 
     // ---- Video source (src/output/FramePublisher.cpp) ----
     void setSyphonEnabled(bool enabled);

@@ -1,5 +1,6 @@
 #include "PlatformServices.h"
 
+#include "output/OutputWindowController.h"
 #include "platform/DBusActivity.h"
 #include "platform/QtDialogs.h"
 #include "platform/MuPdfEngine.h"
@@ -20,7 +21,7 @@ PlatformServices PlatformServices::forThisMachine()
     s.activity = std::make_shared<DBusActivity>();
     // The frame sink joins here with the publisher.
 
-    // Output window controller: made by the output window work.
+    s.makeOutputWindowController = [] { return std::make_unique<OutputWindowController>(); };
 
     // Frame publisher: made by the video source work.
 
