@@ -24,6 +24,8 @@ packages=(
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
+  # The console's Chinese texts (screenshots, and any machine without a CJK font).
+  fonts-wqy-microhei
   # The output window's X11 states and the X screen saver kept off (Xlib,
   # XScreenSaver); the window tests read the pointer's image (XFixes).
   libx11-dev libxss-dev libxfixes-dev

@@ -2,7 +2,7 @@
 
 #include "app/AppCommands.h"
 #include "model/AppModel.h"
-#include "ui/MainWindow.h"
+#include "ui/console/ConsoleWindow.h"
 #include "ui/settings/AboutWindow.h"
 #include "ui/settings/SettingsWindow.h"
 
@@ -33,7 +33,7 @@ AppShell::AppShell(AppModel& model, QObject* parent)
     , quit([] { QCoreApplication::exit(0); })
     , model_(model)
 {
-    console_ = new MainWindow(model_);
+    console_ = new ConsoleWindow(model_);
     console_->setObjectName(QStringLiteral("operator"));
     console_->installEventFilter(this);
     commands_ = new AppCommands(model_, *console_, {[this] { showAbout(); }, [this] { showSettings(); }});

@@ -9,7 +9,7 @@
 class AboutWindow;
 class AppCommands;
 class AppModel;
-class MainWindow;
+class ConsoleWindow;
 class SettingsWindow;
 
 // The program's windows: the console ("operator"), the About window ("about")
@@ -21,7 +21,7 @@ public:
     explicit AppShell(AppModel& model, QObject* parent = nullptr);
     ~AppShell() override;
 
-    MainWindow* console() const { return console_; }
+    ConsoleWindow* console() const { return console_; }
     AppCommands* commands() const { return commands_; }
     // Null until first opened.
     AboutWindow* about() const;
@@ -47,7 +47,7 @@ private:
     void onActivation();
 
     AppModel& model_;
-    MainWindow* console_;
+    ConsoleWindow* console_;
     AppCommands* commands_;
     QPointer<AboutWindow> about_;
     QPointer<SettingsWindow> settings_;

@@ -5,6 +5,7 @@
 #include "model/AppModel.h"
 #include "show/DocumentIntake.h"
 #include "ui/settings/AppInfo.h"
+#include "ui/console/ConsoleStyle.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -40,6 +41,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
     QApplication::setOrganizationName(QStringLiteral("Brelvonic"));
     QApplication::setApplicationVersion(QStringLiteral(BRELVONIC_VERSION));
+    ConsoleStyle::applyDarkTheme(app);
 
     // --help and --version answer and end here; files are the only other arguments.
     QCommandLineParser parser;

@@ -12,6 +12,12 @@ std::weak_ptr<const PreferencesStore>& preferences()
     return store;
 }
 
+std::weak_ptr<const std::function<void()>>& readHook()
+{
+    static std::weak_ptr<const std::function<void()>> hook;
+    return hook;
+}
+
 std::function<QStringList()>& preferredLanguages()
 {
     static std::function<QStringList()> source;
@@ -41,6 +47,8 @@ QLocale locale(AppLanguage language)
 
 AppLanguage current()
 {
+    if (const auto onRead = readHook().lock())
+        (*onRead)();
     if (const auto store = preferences().lock()) {
         const QVariant stored = store->value(QStringLiteral("interfaceLanguage"));
         if (const auto language = appLanguages.fromRaw(stored.toString()))
@@ -75,6 +83,11 @@ AppLanguage detect(const QStringList& preferredTags)
 void readPreferencesFrom(std::weak_ptr<const PreferencesStore> store)
 {
     preferences() = std::move(store);
+}
+
+void noteReadsWith(std::weak_ptr<const std::function<void()>> onRead)
+{
+    readHook() = std::move(onRead);
 }
 
 void setPreferredLanguagesSource(std::function<QStringList()> source)

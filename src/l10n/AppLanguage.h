@@ -43,6 +43,10 @@ AppLanguage detect(const QStringList& preferredTags);
 // The store that `current()` reads; the model hands over its own when it is
 // made. Held weakly: once the store is gone, `current()` is `detected()`.
 void readPreferencesFrom(std::weak_ptr<const PreferencesStore> store);
+// Run at every `current()`: the model registers a read of the language it
+// holds, so a view that shows texts follows a switch without naming it.
+// Held weakly, like the store.
+void noteReadsWith(std::weak_ptr<const std::function<void()>> onRead);
 // Where `detected()` takes the preferred UI languages from. Without a source
 // (the default, or an empty function) they are the system's; tests inject
 // their own so that the result does not depend on the machine.

@@ -182,6 +182,7 @@ const StringPair germanStrings[] = {
     {"clicker.devices", "Geräte"},
     {"clicker.devices_none", "Noch keine Geräte gehört. Drücken Sie eine Taste auf der Fernbedienung."},
     {"clicker.devices_help", "Angehakte Geräte blättern die Folien auch dann, wenn ein anderes Programm vorne ist. Entfernen Sie den Haken bei Ihrer eigenen Tastatur, damit Tippen dort die Show nie bewegt."},
+    {"remove", "Entfernen"},
 };
 
 }

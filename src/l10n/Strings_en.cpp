@@ -183,6 +183,7 @@ const StringPair englishStrings[] = {
     {"clicker.devices", "Devices"},
     {"clicker.devices_none", "No devices heard yet. Press a key on the remote."},
     {"clicker.devices_help", "Ticked devices turn slides while another program is in front. Untick your own keyboard so that typing there never moves the show."},
+    {"remove", "Remove"},
 };
 
 }

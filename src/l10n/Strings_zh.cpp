@@ -182,6 +182,7 @@ const StringPair chineseStrings[] = {
     {"clicker.devices", "设备"},
     {"clicker.devices_none", "尚未收到任何设备的信号。请按一下遥控器上的键。"},
     {"clicker.devices_help", "勾选的设备在其他程序位于前台时也能翻页。取消勾选您自己的键盘，这样在键盘上打字就不会移动演示。"},
+    {"remove", "移除"},
 };
 
 }

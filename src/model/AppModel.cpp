@@ -17,6 +17,7 @@ AppModel::AppModel(PlatformServices services)
 {
     // Interface texts follow the language this model stores.
     AppLanguages::readPreferencesFrom(services_.preferences);
+    AppLanguages::noteReadsWith(languageRead_);
     interfaceLanguage.set(AppLanguages::detected());
     interfaceLanguage.setAssignHook([this](const AppLanguage& language) {
         if (services_.preferences)

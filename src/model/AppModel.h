@@ -259,6 +259,8 @@ public:
     void nudgeZoom(double delta);
     // A pinch under the zoom tool; `magnification` is the running factor.
     void pinchZoom(double magnification);
+    // The console's zoom slider: the scale, clamped into the zoom range.
+    void setZoomScale(double scale);
 
     // ---- Platform layers, for the subsystems that need them ----
     const PlatformServices& services() const { return services_; }
@@ -288,6 +290,10 @@ private:
     void pushUndo(AnnotationUndo record);
 
     PlatformServices services_;
+    // Every interface-text lookup reads the language through this, so any
+    // view that shows a text is told of a language switch.
+    std::shared_ptr<const std::function<void()>> languageRead_ =
+        std::make_shared<const std::function<void()>>([this] { (void)interfaceLanguage(); });
     // Handed to tasks so they can tell whether the model still exists.
     std::shared_ptr<AppModel*> self_;
 

@@ -105,43 +105,50 @@ QSizeF AppModel::snapshotSize() const
     return QSizeF(w, h);
 }
 
-OutputFrameState AppModel::outputFrameState() const
+namespace {
+// What the output and the stage share: fit, tools and markup of the page.
+// It reads neither the fade nor blackout, so the stage does not follow them.
+OutputFrameState markupState(const AppModel& model)
 {
     OutputFrameState s;
+    s.fit = model.contentFit();
+    const StageTool tool = model.stageTool();
+    if (tool == StageTool::laser)
+        s.laserPoint = model.laserPoint();
+    if (tool == StageTool::zoom) {
+        s.zoomCenter = model.zoomCenter();
+        s.zoomScale = model.zoomScale();
+    }
+    const QString key = model.pageKey();
+    if (const auto it = model.strokesByPage().find(key); it != model.strokesByPage().end())
+        s.strokes = it->second;
+    if (const auto it = model.framesByPage().find(key); it != model.framesByPage().end())
+        s.frames = it->second;
+    s.draftStroke = model.draftStroke();
+    s.draftFrame = model.draftFrameRect();
+    const MarkColor colour = model.markColor();
+    s.accentRed = colour.red;
+    s.accentGreen = colour.green;
+    s.accentBlue = colour.blue;
+    return s;
+}
+}
+
+OutputFrameState AppModel::outputFrameState() const
+{
+    OutputFrameState s = markupState(*this);
     s.incoming = incomingSlideImage();
     s.outgoing = outgoingSlideImage();
     s.progress = transitionProgress();
     s.isBlackout = isBlackout();
-    s.fit = contentFit();
-    const StageTool tool = stageTool();
-    if (tool == StageTool::laser)
-        s.laserPoint = laserPoint();
-    if (tool == StageTool::zoom) {
-        s.zoomCenter = zoomCenter();
-        s.zoomScale = zoomScale();
-    }
-    const QString key = pageKey();
-    if (const auto it = strokesByPage().find(key); it != strokesByPage().end())
-        s.strokes = it->second;
-    if (const auto it = framesByPage().find(key); it != framesByPage().end())
-        s.frames = it->second;
-    s.draftStroke = draftStroke();
-    s.draftFrame = draftFrameRect();
-    const MarkColor colour = markColor();
-    s.accentRed = colour.red;
-    s.accentGreen = colour.green;
-    s.accentBlue = colour.blue;
     return s;
 }
 
 OutputFrameState AppModel::stagePreviewState() const
 {
     // The stage always shows the operator's page: never blacked out, never fading.
-    OutputFrameState s = outputFrameState();
+    OutputFrameState s = markupState(*this);
     s.incoming = previewSlideImage();
-    s.outgoing = nullptr;
-    s.progress = 1.0;
-    s.isBlackout = false;
     return s;
 }
 

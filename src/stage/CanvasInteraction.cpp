@@ -156,3 +156,9 @@ void AppModel::pinchZoom(double magnification)
     if (!zoomCenter.peek())
         zoomCenter.set(defaultZoomCenter);
 }
+
+void AppModel::setZoomScale(double scale)
+{
+    if (std::isfinite(scale))
+        zoomScale.set(clampZoom(scale));
+}

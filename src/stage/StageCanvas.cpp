@@ -31,15 +31,23 @@ StageCanvas::StageCanvas(AppModel& model, QWidget* parent)
 // Collects what the stage shows, under tracking, so any change redraws.
 void StageCanvas::refresh()
 {
-    state_ = model_.stagePreviewState();
+    // The stage's picture leaves out the output's fade and blackout, so
+    // those change nothing here; an equal picture is not drawn again.
+    OutputFrameState state = model_.stagePreviewState();
+    const PixelSize frame = model_.syphonPixelSize();
+    if (state == state_ && painted_ && frame == frame_)
+        return;
+    painted_ = true;
+    frame_ = frame;
+    state_ = std::move(state);
     // The canvas takes the slide's own aspect, so that normalised points land
     // on the slide; without a slide, that of the published frame.
     if (state_.incoming && !state_.incoming->isNull()) {
         aspect_ = QSizeF(state_.incoming->size());
     } else {
-        const PixelSize frame = model_.syphonPixelSize();
         aspect_ = QSizeF(std::max(frame.width, 1), std::max(frame.height, 1));
     }
+    ++repaintRequests_;
     update();
 }
 

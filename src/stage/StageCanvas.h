@@ -20,6 +20,8 @@ public:
     // frame's aspect, centred. Markup is normalised to that picture, so input
     // is normalised against this rectangle and lands where it is drawn.
     QRectF pictureRect() const;
+    // How many times the picture was asked to redraw (for tests).
+    int repaintRequests() const { return repaintRequests_; }
 
 protected:
     bool event(QEvent* event) override;
@@ -39,6 +41,9 @@ private:
     AppModel& model_;
     obs::Follower* follower_;
     OutputFrameState state_;
+    PixelSize frame_;
+    bool painted_ = false;
+    int repaintRequests_ = 0;
     QSizeF aspect_{16, 9};
     bool dragging_ = false;
     bool pressPending_ = false;

@@ -1,7 +1,7 @@
 #include "app/AppCommands.h"
 #include "app/AppShell.h"
 #include "support/ModelFixtures.h"
-#include "ui/MainWindow.h"
+#include "ui/console/ConsoleWindow.h"
 #include "ui/settings/AboutWindow.h"
 #include "ui/settings/SettingsWindow.h"
 

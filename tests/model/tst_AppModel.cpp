@@ -1,3 +1,4 @@
+#include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
 #include "support/ModelFixtures.h"
@@ -148,6 +149,18 @@ private slots:
         model.interfaceLanguage.set(AppLanguage::german);
         QCOMPARE(told, 1);
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("de"));
+
+        // A scope that only looks up a text is told of a switch, and the text
+        // it then reads is in the new language.
+        QString text;
+        int relabelled = 0;
+        const auto read = [&] { text = L10n::t(QStringLiteral("reset")); };
+        auto textTracker = obs::withTracking(read, [&] { ++relabelled; });
+        QCOMPARE(text, QStringLiteral("Zur\u00FCcksetzen"));
+        model.interfaceLanguage.set(AppLanguage::english);
+        QCOMPARE(relabelled, 1);
+        read();
+        QCOMPARE(text, QStringLiteral("Reset"));
     }
 
     void rawValuesDecodeOnlyKnownCases()

@@ -106,6 +106,38 @@ private slots:
         QVERIFY(!model.selectedDisplayID());
     }
 
+    // The console's and the settings' output choices land in the model and
+    // in the stored preferences; values the model cannot take change nothing.
+    void outputChoices()
+    {
+        FakePlatform platform;
+        platform.screens->list = {PlatformScreen{1, "Laptop", QRectF(0, 0, 1440, 900), 2},
+                                  PlatformScreen{2, "Projector", QRectF(1440, 0, 1920, 1080), 1}};
+        platform.screens->mainId = 1;
+        AppModel model(platform.services());
+        model.refreshDisplays();
+        const auto stored = [&](const char* key) { return platform.preferences->value(QString::fromLatin1(key)); };
+
+        model.setAspect(AspectMode::r4x3);
+        model.setContentFit(ContentFit::cover);
+        model.setOutputAlwaysOnTop(false);
+        model.setHideOutputCursor(false);
+        model.setCustomSize(1280, 0);
+        model.selectDisplay(1);
+        model.selectDisplay(77);  // not connected
+        QCOMPARE(model.aspect(), AspectMode::r4x3);
+        QCOMPARE(model.contentFit(), ContentFit::cover);
+        QCOMPARE(model.customWidth(), 1280);
+        QCOMPARE(model.customHeight(), 1080);
+        QCOMPARE(model.selectedDisplayID(), std::optional<uint32_t>(1));
+        QCOMPARE(stored("aspect").toString(), QStringLiteral("r4x3"));
+        QCOMPARE(stored("contentFit").toString(), QStringLiteral("cover"));
+        QCOMPARE(stored("customWidth").toInt(), 1280);
+        QCOMPARE(stored("outputAlwaysOnTop").toBool(), false);
+        QCOMPARE(stored("hideOutputCursor").toBool(), false);
+        QCOMPARE(stored("selectedDisplayID").toUInt(), 1u);
+    }
+
     void frameStates()
     {
         auto&& [folder, platform, model] = ModelWithFolder();

@@ -12,7 +12,7 @@
 #include "platform/QtScreens.h"
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
-#include "ui/MainWindow.h"
+#include "ui/console/ConsoleWindow.h"
 
 #include <QProcess>
 #include <QtTest>

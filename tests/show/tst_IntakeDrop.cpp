@@ -1,5 +1,6 @@
 #include "l10n/L10n.h"
 #include "support/ShownMainWindow.h"
+#include "ui/console/DropOverlay.h"
 
 #include <QDir>
 #include <QDragEnterEvent>
@@ -42,7 +43,7 @@ class IntakeDropTest : public QObject {
         // real drag: from the widget under the pointer (the stage) upwards.
         QPoint middle() const { return window.rect().center(); }
         void deliver(QEvent* event) { QApplication::sendEvent(window.windowHandle(), event); }
-        QLabel* highlight() const { return window.findChild<QLabel*>(QStringLiteral("dropHighlight")); }
+        DropOverlay* highlight() const { return window.dropOverlay(); }
         bool highlighted() const { return highlight() && highlight()->isVisible(); }
 
         bool enter(QMimeData* mime)

@@ -2,7 +2,7 @@
 
 #include "app/AppCommands.h"
 #include "support/ModelFixtures.h"
-#include "ui/MainWindow.h"
+#include "ui/console/ConsoleWindow.h"
 
 #include <QAction>
 
@@ -16,9 +16,9 @@ Child* childWithText(const QWidget& window, const QString& text)
     return nullptr;
 }
 
-// The main window on a model with a folder, with the menu commands, shown.
+// The operator's console on a model with a folder, with the menu commands, shown.
 struct ShownMainWindow : ModelWithFolder {
-    MainWindow window{model};
+    ConsoleWindow window{model};
     AppCommands* commands = new AppCommands(model, window);  // owned by the window
 
     ShownMainWindow() { window.show(); }

@@ -8,7 +8,7 @@
 
 // Keys pressed in the window page through the set the way a presenter remote
 // does: the clicker monitor's in-program source hears them, real Qt events.
-class MainWindowKeysTest : public QObject {
+class ConsoleKeysTest : public QObject {
     Q_OBJECT
 
     // Records the keys and buttons that reach it.
@@ -147,5 +147,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(MainWindowKeysTest)
-#include "tst_MainWindowKeys.moc"
+QTEST_MAIN(ConsoleKeysTest)
+#include "tst_ConsoleKeys.moc"
