@@ -133,6 +133,11 @@ public:
     void removeLastJumpDigit();
     void commitJump();
 
+    // ---- Slide pictures from the engine's workers (src/model/SlidePictures.cpp) ----
+    // True while a move waits for its slide to be rendered; meanwhile the
+    // output keeps the picture it has and the stage may show the thumbnail.
+    bool isAwaitingSlide() const;
+
     // ---- Show timer ----
     void toggleTimer();
     void resetTimer();
@@ -237,14 +242,32 @@ private:
     // Set and document cache
     void loadCurrentEntry(int page, bool animate);
     void rebuildThumbnails();
-    void runThumbnailBatch(std::weak_ptr<AppModel*> model, PdfDocumentPtr document, Task task, int from);
+    // Thumbnails rendered on workers, stored in page order (src/model/Playlist.cpp).
+    struct ThumbnailPass;
+    void askThumbnails(const std::shared_ptr<ThumbnailPass>& pass);
+    void storeThumbnails(const std::shared_ptr<ThumbnailPass>& pass);
+    void stopThumbnails();
     void ensureTimerStarted();
     void noteRecentDocuments(const QStringList& urls);
     // Navigation
     std::optional<PdfPage> outgoingPage() const;
     void finishPageMove(const std::optional<PdfPage>& outgoing);
-    ImagePtr renderSlide(const PdfPage& page) const;
-    void prefetchUpcoming();
+    // Slide pictures
+    // How the output takes a new picture: in place (a move into another file
+    // while frozen), with a cut, or with a fade.
+    enum class OutputMove { replace, cut, fade };
+    QSize slideBox() const;
+    void showOnStage(const PdfPage& page);
+    // The output moves to the current page once its picture is rendered: a
+    // fade from `from`, a cut, or in place.
+    void showOnOutput(OutputMove move, ImagePtr from);
+    void applyOutputPicture(ImagePtr picture, OutputMove move, ImagePtr from);
+    // The picture the output shows of `page` now, for a fade out of it.
+    ImagePtr pictureLeaving(const std::optional<PdfPage>& page) const;
+    // Renders ahead what the operator may ask for next, and tells each file
+    // whether it is near.
+    void renderAround();
+    void stopSlideWork();
     // Preferences
     void restorePreferences();
     // Transitions
@@ -269,4 +292,10 @@ private:
     std::unique_ptr<OutputWindowController> output_;
 
     std::unique_ptr<FramePublisher> syphonOutput_;
+
+    // Renders in flight for the stage, the output, ahead and the thumbnails.
+    RenderTicketPtr stageTicket_;
+    RenderTicketPtr outputTicket_;
+    std::vector<RenderTicketPtr> aheadTickets_;
+    std::shared_ptr<ThumbnailPass> thumbnailPass_;
 };

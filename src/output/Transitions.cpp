@@ -27,11 +27,17 @@ double AppModel::transitionEase(double u)
 
 void AppModel::startTransition(const std::optional<PdfPage>& previous)
 {
-    const PdfDocumentPtr doc = document.peek();
-    incomingSlideImage.set(doc ? renderSlide(PdfPage{doc, pageIndex.peek()}) : nullptr);
-
     const bool fades = transitionStyle.peek() == TransitionStyle::fade && transitionDuration.peek() > shortestFade
         && previous.has_value();
+    showOnOutput(fades ? OutputMove::fade : OutputMove::cut, fades ? pictureLeaving(previous) : nullptr);
+}
+
+void AppModel::applyOutputPicture(ImagePtr picture, OutputMove move, ImagePtr from)
+{
+    incomingSlideImage.set(std::move(picture));
+    if (move == OutputMove::replace)
+        return;
+    const bool fades = move == OutputMove::fade && services_.scheduler;
     if (!fades) {
         if (auto task = transitionTask.peek())
             task->cancel();
@@ -39,21 +45,13 @@ void AppModel::startTransition(const std::optional<PdfPage>& previous)
         transitionProgress.set(1.0);
         return;
     }
-
-    outgoingSlideImage.set(renderSlide(*previous));
+    outgoingSlideImage.set(std::move(from));
     transitionProgress.set(0.0);
     if (auto task = transitionTask.peek())
         task->cancel();
-    if (!services_.scheduler) {
-        // Nothing can drive a fade: show the new slide at once.
-        outgoingSlideImage.set(nullptr);
-        transitionProgress.set(1.0);
-        return;
-    }
     auto task = std::make_shared<TaskHandle>();
     transitionTask.set(task);
-    const double duration = std::max(transitionDuration.peek(), fadeFloor);
-    runFadeStep(self_, task, services_.scheduler->now(), duration);
+    runFadeStep(self_, task, services_.scheduler->now(), std::max(transitionDuration.peek(), fadeFloor));
 }
 
 void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration)
