@@ -11,6 +11,7 @@
 // Without decks it generates a 30-page deck and a 50-file set.
 #include "model/AppModel.h"
 #include "platform/MuPdfEngine.h"
+#include "platform/QtScheduler.h"
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
 

@@ -4,11 +4,11 @@
 #include "l10n/AppLanguage.h"
 #include "model/Observation.h"
 #include "model/PlaylistEntry.h"
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 #include "platform/PdfEngine.h"
 #include "platform/PlatformServices.h"
 #include "platform/Scheduler.h"
-#include "stage/AnnotationTypes.h"
+#include "model/AnnotationTypes.h"
 
 #include <QPointF>
 #include <QRectF>
@@ -41,7 +41,8 @@ public:
     // layers. Tests build their own instances instead.
     static AppModel& shared();
 
-    // Start-up sequence, run once when the application has launched.
+    // Start-up sequence, run once when the application has launched
+    // (src/model/AppModel.cpp).
     void start();
 
     // ---- Stored properties, in declaration order ----
@@ -98,11 +99,11 @@ public:
     // order the sources found them (src/input/ClickerDevices.cpp).
     obs::Observed<std::vector<ClickerDevice>> clickerDevices;
 
-    // ---- Presentation core: titles ----
+    // ---- Titles (src/model/AppModel.cpp) ----
     QString fileTitle() const;
     QString showTitle() const;
 
-    // ---- Set and document cache ----
+    // ---- Set and document cache (src/model/Playlist.cpp) ----
     std::optional<PlaylistEntry> currentEntry() const;
     QString pageKey() const;
     int globalPageIndex() const;
@@ -115,7 +116,7 @@ public:
     void removePlaylistItem(const QUuid& id);
     void closeDocument();
 
-    // ---- Navigation and jump entry ----
+    // ---- Navigation, jump entry, freeze and blackout (src/model/Navigation.cpp) ----
     bool canGoNext() const;
     bool canGoPrevious() const;
     int outputPageIndex() const;
@@ -138,13 +139,13 @@ public:
     // output keeps the picture it has and the stage may show the thumbnail.
     bool isAwaitingSlide() const;
 
-    // ---- Show timer ----
+    // ---- Show timer (src/model/ShowTimer.cpp) ----
     void toggleTimer();
     void resetTimer();
     double timerElapsed() const;
     std::optional<double> timerRemaining() const;
 
-    // ---- Output geometry and frame state ----
+    // ---- Output geometry and frame state (src/output/OutputGeometry.cpp) ----
     void refreshDisplays();
     // Where the output window sits on a screen of frame `screen` (points).
     QRectF outputFrame(const QRectF& screen) const;
@@ -175,19 +176,18 @@ public:
     bool isClickerDeviceIgnored(const QString& id) const;
     QStringList ignoredClickerDeviceIDs() const;
 
-    // ---- Transitions ----
+    // ---- Transitions (src/output/Transitions.cpp) ----
     // Quadratic ease-in-out of a fade's linear progress 0…1.
     static double transitionEase(double u);
 
-    // ---- Preferences ----
+    // ---- Preferences (src/model/Preferences.cpp) ----
     // Writes every preference from the current properties.
     void persistPreferences();
     // Empties the desktop's recent-documents list of this program, then
     // `recentFiles`.
     void clearRecentFiles();
 
-    // ---- Shows, cues and notes, intake ----
-    // Show files, cues and notes
+    // ---- Show files (src/show/ShowFiles.cpp) ----
     // True for a path whose extension is "brelvonic" in any case.
     static bool isShowFile(const QString& path);
     void presentSaveShowPanel(bool saveAs);
@@ -198,6 +198,7 @@ public:
     void openShow(const QString& path);
     // A readable PDF for the item, or none.
     static std::optional<QString> resolveShowItem(const SavedShowItem& item, const QString& showPath);
+    // ---- Cues and notes (src/show/Cues.cpp) ----
     void addBookmark(const QString& name, std::optional<int> page = std::nullopt);
     void removeBookmark(const QUuid& id);
     void promptAddBookmark();
@@ -206,7 +207,7 @@ public:
     void goToPreviousCue();
     void setCurrentNote(const QString& text);
     QString currentNote() const;
-    // Document intake
+    // ---- Document intake (src/show/DocumentIntake.cpp) ----
     void presentOpenPanel();
     void presentFolderPanel();
     void presentAddToPlaylistPanel();
@@ -221,7 +222,7 @@ public:
     // else becomes a set of that one file.
     void openRecentFile(const QString& path);
 
-    // ---- Stage annotation ----
+    // ---- Stage annotation (src/stage/Annotations.cpp, src/stage/CanvasInteraction.cpp) ----
     void undoAnnotation();
     void clearAnnotations();
     // Palette choice from the console: sets the colour and persists it.
@@ -239,41 +240,52 @@ public:
     const PlatformServices& services() const { return services_; }
 
 private:
-    // Set and document cache
+    // Set and document cache (src/model/Playlist.cpp)
     void loadCurrentEntry(int page, bool animate);
     void rebuildThumbnails();
-    // Thumbnails rendered on workers, stored in page order (src/model/Playlist.cpp).
+    // Thumbnails rendered on workers, stored in page order.
     struct ThumbnailPass;
     void askThumbnails(const std::shared_ptr<ThumbnailPass>& pass);
     void storeThumbnails(const std::shared_ptr<ThumbnailPass>& pass);
     void stopThumbnails();
-    void ensureTimerStarted();
+    void ensureTimerStarted();  // src/model/ShowTimer.cpp
     void noteRecentDocuments(const QStringList& urls);
-    // Navigation
+    // Navigation (src/model/Navigation.cpp)
     std::optional<PdfPage> outgoingPage() const;
-    void finishPageMove(const std::optional<PdfPage>& outgoing);
-    // Slide pictures
+    // `entryLoaded`: the move went into another file, whose load asked for the page.
+    void finishPageMove(const std::optional<PdfPage>& outgoing, bool entryLoaded = false);
+    // Slide pictures (src/model/SlidePictures.cpp; applyOutputPicture in src/output/Transitions.cpp)
     // How the output takes a new picture: in place (a move into another file
     // while frozen), with a cut, or with a fade.
     enum class OutputMove { replace, cut, fade };
     QSize slideBox() const;
+    // The stage shows `page` (the current one) as soon as its picture is
+    // rendered, its thumbnail meanwhile.
     void showOnStage(const PdfPage& page);
     // The output moves to the current page once its picture is rendered: a
     // fade from `from`, a cut, or in place.
     void showOnOutput(OutputMove move, ImagePtr from);
     void applyOutputPicture(ImagePtr picture, OutputMove move, ImagePtr from);
+    // One render per page however many wait for it; tickets nobody waits
+    // for any more are cancelled.
+    void askForSlide(const PdfPage& page);
+    void slideArrived(const PdfPage& page, ImagePtr picture);
+    void dropUnwantedSlides();
     // The picture the output shows of `page` now, for a fade out of it.
     ImagePtr pictureLeaving(const std::optional<PdfPage>& page) const;
     // Renders ahead what the operator may ask for next, and tells each file
     // whether it is near.
     void renderAround();
     void stopSlideWork();
-    // Preferences
+    // Preferences (src/model/Preferences.cpp)
     void restorePreferences();
-    // Transitions
+    // Transitions (src/output/Transitions.cpp)
+    // Shows the current page on the output: a fade from `previous` or a cut.
     void startTransition(const std::optional<PdfPage>& previous);
+    // The cut: any fade ends, the outgoing picture goes, progress is 1.
+    void endTransition();
     void runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration);
-    // Stage annotation
+    // Stage annotation (src/stage/Annotations.cpp)
     void pushUndo(AnnotationUndo record);
 
     PlatformServices services_;
@@ -293,9 +305,16 @@ private:
 
     std::unique_ptr<FramePublisher> syphonOutput_;
 
-    // Renders in flight for the stage, the output, ahead and the thumbnails.
-    RenderTicketPtr stageTicket_;
-    RenderTicketPtr outputTicket_;
+    // What the stage and the output wait for, the renders in flight for them,
+    // ahead and for the thumbnails.
+    struct OutputWait {
+        PdfPage page;
+        OutputMove move;
+        ImagePtr from;
+    };
+    std::optional<PdfPage> stageWaitsFor_;
+    std::optional<OutputWait> outputWaitsFor_;
+    std::vector<std::pair<PdfPage, RenderTicketPtr>> slideTickets_;
     std::vector<RenderTicketPtr> aheadTickets_;
     std::shared_ptr<ThumbnailPass> thumbnailPass_;
 };

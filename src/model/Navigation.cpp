@@ -72,13 +72,14 @@ void AppModel::goToNextSlide()
         return;
     jumpBuffer.set(QString());
     const auto outgoing = outgoingPage();
-    if (pageIndex.peek() + 1 < pageCount.peek()) {
+    const bool crossesFiles = pageIndex.peek() + 1 >= pageCount.peek();
+    if (!crossesFiles) {
         pageIndex.mutate([](int& i) { i += 1; });
     } else {
         playlistIndex.set(playlistIndex.peek() + 1);
         loadCurrentEntry(0, true);
     }
-    finishPageMove(outgoing);
+    finishPageMove(outgoing, crossesFiles);
 }
 
 void AppModel::goToPreviousSlide()
@@ -87,7 +88,8 @@ void AppModel::goToPreviousSlide()
         return;
     jumpBuffer.set(QString());
     const auto outgoing = outgoingPage();
-    if (pageIndex.peek() >= 1) {
+    const bool crossesFiles = pageIndex.peek() < 1;
+    if (!crossesFiles) {
         pageIndex.mutate([](int& i) { i -= 1; });
     } else {
         const int previous = playlistIndex.peek() - 1;
@@ -95,7 +97,7 @@ void AppModel::goToPreviousSlide()
         playlistIndex.set(previous);
         loadCurrentEntry(landing, true);
     }
-    finishPageMove(outgoing);
+    finishPageMove(outgoing, crossesFiles);
 }
 
 void AppModel::goToPage(int index)
@@ -111,9 +113,11 @@ void AppModel::goToPage(int index)
     finishPageMove(outgoing);
 }
 
-void AppModel::finishPageMove(const std::optional<PdfPage>& outgoing)
+void AppModel::finishPageMove(const std::optional<PdfPage>& outgoing, bool entryLoaded)
 {
-    showOnStage(PdfPage{document.peek(), pageIndex.peek()});
+    // A move into another file asked for the stage's picture when it loaded it.
+    if (!entryLoaded)
+        showOnStage(PdfPage{document.peek(), pageIndex.peek()});
     draftStroke.set(std::nullopt);
     draftFrameRect.set(std::nullopt);
     if (stageTool.peek() != StageTool::zoom)

@@ -310,7 +310,7 @@ void AppModel::selectPlaylistItem(const QUuid& id)
     const auto outgoing = outgoingPage();
     playlistIndex.set(index);
     loadCurrentEntry(0, true);
-    finishPageMove(outgoing);
+    finishPageMove(outgoing, true);
 }
 
 void AppModel::removePlaylistItem(const QUuid& id)
@@ -329,8 +329,7 @@ void AppModel::removePlaylistItem(const QUuid& id)
 
 void AppModel::closeDocument()
 {
-    if (auto task = transitionTask.peek())
-        task->cancel();
+    endTransition();
     stopSlideWork();
     playlist.set({});
     playlistIndex.set(0);
@@ -340,10 +339,7 @@ void AppModel::closeDocument()
     pageIndex.set(0);
     thumbnails.set({});
     incomingSlideImage.set(nullptr);
-    outgoingSlideImage.set(nullptr);
     previewSlideImage.set(nullptr);
-    // With the fade cancelled nothing moves any more.
-    transitionProgress.set(1.0);
     isFrozen.set(false);
     frozenPageIndex.set(0);
     isBlackout.set(false);

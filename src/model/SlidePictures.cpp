@@ -9,16 +9,6 @@
 #include <algorithm>
 #include <set>
 
-namespace {
-void cancel(RenderTicketPtr& ticket)
-{
-    if (ticket) {
-        ticket->cancel();
-        ticket.reset();
-    }
-}
-}
-
 QSize AppModel::slideBox() const
 {
     const QSizeF size = snapshotSize();
@@ -27,19 +17,20 @@ QSize AppModel::slideBox() const
 
 bool AppModel::isAwaitingSlide() const
 {
-    return stageTicket_ || outputTicket_;
+    return stageWaitsFor_ || outputWaitsFor_;
 }
 
 void AppModel::showOnStage(const PdfPage& page)
 {
-    cancel(stageTicket_);
+    stageWaitsFor_.reset();
     if (!page.document) {
         previewSlideImage.set(nullptr);
+        dropUnwantedSlides();
         return;
     }
-    const QSize box = slideBox();
-    if (auto picture = page.document->cached(page.index, box)) {
-        previewSlideImage.set(picture);
+    if (auto picture = page.document->cached(page.index, slideBox())) {
+        previewSlideImage.set(std::move(picture));
+        dropUnwantedSlides();
         return;
     }
     // Until the slide is ready the stage shows its thumbnail, when the strip has it.
@@ -48,41 +39,63 @@ void AppModel::showOnStage(const PdfPage& page)
         if (auto it = strip.find(page.index); it != strip.end())
             previewSlideImage.set(it->second);
     }
-    std::weak_ptr<AppModel*> weak = self_;
-    stageTicket_ = page.document->request(page.index, box, RenderUrgency::shown, [weak](ImagePtr picture) {
-        auto alive = weak.lock();
-        if (!alive || !*alive)
-            return;
-        AppModel& model = **alive;
-        model.stageTicket_.reset();
-        model.previewSlideImage.set(std::move(picture));
-    });
+    stageWaitsFor_ = page;
+    askForSlide(page);
+    dropUnwantedSlides();
 }
 
 void AppModel::showOnOutput(OutputMove move, ImagePtr from)
 {
-    cancel(outputTicket_);
-    const PdfDocumentPtr doc = document.peek();
-    if (!doc) {
-        applyOutputPicture(nullptr, move, std::move(from));
-        return;
-    }
-    const int index = pageIndex.peek();
-    const QSize box = slideBox();
-    if (auto picture = doc->cached(index, box)) {
+    outputWaitsFor_.reset();
+    const PdfPage page{document.peek(), pageIndex.peek()};
+    ImagePtr picture = page.document ? page.document->cached(page.index, slideBox()) : nullptr;
+    if (!page.document || picture) {
         applyOutputPicture(std::move(picture), move, std::move(from));
+        dropUnwantedSlides();
         return;
     }
     // The output keeps what it shows (never a stand-in, never black) until
     // the slide is ready; then it fades or cuts as it would have at once.
-    std::weak_ptr<AppModel*> weak = self_;
-    outputTicket_ = doc->request(index, box, RenderUrgency::shown, [weak, move, from](ImagePtr picture) {
-        auto alive = weak.lock();
-        if (!alive || !*alive)
+    outputWaitsFor_ = OutputWait{page, move, std::move(from)};
+    askForSlide(page);
+    dropUnwantedSlides();
+}
+
+void AppModel::askForSlide(const PdfPage& page)
+{
+    for (const auto& [asked, ticket] : slideTickets_)
+        if (asked == page)
             return;
-        AppModel& model = **alive;
-        model.outputTicket_.reset();
-        model.applyOutputPicture(std::move(picture), move, from);
+    std::weak_ptr<AppModel*> weak = self_;
+    slideTickets_.emplace_back(page, page.document->request(page.index, slideBox(), RenderUrgency::shown,
+                                                            [weak, page](ImagePtr picture) {
+                                                                auto alive = weak.lock();
+                                                                if (alive && *alive)
+                                                                    (*alive)->slideArrived(page, std::move(picture));
+                                                            }));
+}
+
+void AppModel::slideArrived(const PdfPage& page, ImagePtr picture)
+{
+    std::erase_if(slideTickets_, [&](const auto& entry) { return entry.first == page; });
+    if (stageWaitsFor_ == page) {
+        stageWaitsFor_.reset();
+        previewSlideImage.set(picture);
+    }
+    if (outputWaitsFor_ && outputWaitsFor_->page == page) {
+        OutputWait wait = std::move(*outputWaitsFor_);
+        outputWaitsFor_.reset();
+        applyOutputPicture(std::move(picture), wait.move, std::move(wait.from));
+    }
+}
+
+void AppModel::dropUnwantedSlides()
+{
+    std::erase_if(slideTickets_, [&](auto& entry) {
+        const bool wanted = stageWaitsFor_ == entry.first || (outputWaitsFor_ && outputWaitsFor_->page == entry.first);
+        if (!wanted)
+            entry.second->cancel();
+        return !wanted;
     });
 }
 
@@ -92,7 +105,7 @@ ImagePtr AppModel::pictureLeaving(const std::optional<PdfPage>& page) const
         return nullptr;
     // While the output still waits for a slide it shows the one before:
     // that is what it fades out of.
-    if (outputTicket_)
+    if (outputWaitsFor_)
         return incomingSlideImage.peek();
     if (auto picture = page->document->cached(page->index, slideBox()))
         return picture;
@@ -169,8 +182,9 @@ void AppModel::renderAround()
 
 void AppModel::stopSlideWork()
 {
-    cancel(stageTicket_);
-    cancel(outputTicket_);
+    stageWaitsFor_.reset();
+    outputWaitsFor_.reset();
+    dropUnwantedSlides();
     for (auto& ticket : aheadTickets_)
         ticket->cancel();
     aheadTickets_.clear();

@@ -25,10 +25,19 @@ double AppModel::transitionEase(double u)
     return ease(u);
 }
 
+void AppModel::endTransition()
+{
+    if (auto task = transitionTask.peek())
+        task->cancel();
+    outgoingSlideImage.set(nullptr);
+    transitionProgress.set(1.0);
+}
+
 void AppModel::startTransition(const std::optional<PdfPage>& previous)
 {
     const bool fades = transitionStyle.peek() == TransitionStyle::fade && transitionDuration.peek() > shortestFade
-        && previous.has_value();
+        && previous.has_value() && services_.scheduler;
+    // Without a fade, or with nothing to drive one, the new slide shows at once.
     showOnOutput(fades ? OutputMove::fade : OutputMove::cut, fades ? pictureLeaving(previous) : nullptr);
 }
 
@@ -37,18 +46,14 @@ void AppModel::applyOutputPicture(ImagePtr picture, OutputMove move, ImagePtr fr
     incomingSlideImage.set(std::move(picture));
     if (move == OutputMove::replace)
         return;
-    const bool fades = move == OutputMove::fade && services_.scheduler;
-    if (!fades) {
-        if (auto task = transitionTask.peek())
-            task->cancel();
-        outgoingSlideImage.set(nullptr);
-        transitionProgress.set(1.0);
+    if (move == OutputMove::cut || !services_.scheduler) {
+        endTransition();
         return;
     }
-    outgoingSlideImage.set(std::move(from));
-    transitionProgress.set(0.0);
     if (auto task = transitionTask.peek())
         task->cancel();
+    outgoingSlideImage.set(std::move(from));
+    transitionProgress.set(0.0);
     auto task = std::make_shared<TaskHandle>();
     transitionTask.set(task);
     runFadeStep(self_, task, services_.scheduler->now(), std::max(transitionDuration.peek(), fadeFloor));

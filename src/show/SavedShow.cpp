@@ -1,6 +1,8 @@
 // The JSON form of a show file: encoding, strict decoding, and the notes keys.
 #include "show/SavedShow.h"
 
+#include "base/DecimalText.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,21 +11,6 @@
 
 #include <cmath>
 #include <limits>
-
-std::optional<qint64> parseNoteKey(const QString& name)
-{
-    qsizetype start = 0;
-    if (!name.isEmpty() && (name[0] == u'+' || name[0] == u'-'))
-        start = 1;
-    if (start == name.size())
-        return std::nullopt;
-    for (qsizetype i = start; i < name.size(); ++i)
-        if (name[i] < u'0' || name[i] > u'9')
-            return std::nullopt;
-    bool ok = false;
-    const qint64 value = name.toLongLong(&ok, 10);  // fails outside 64 bits
-    return ok ? std::optional<qint64>(value) : std::nullopt;
-}
 
 std::map<QString, QString> SavedShowItem::codedNotes(const std::map<qint64, QString>& notesByPage)
 {
@@ -37,7 +24,8 @@ std::map<qint64, QString> SavedShowItem::notesByPage() const
 {
     std::map<qint64, QString> out;
     for (const auto& [name, text] : notes) {
-        const auto page = parseNoteKey(name);
+        // Note names are signed decimal integers, as written by this program or by hand.
+        const auto page = DecimalText::parseInt64(name);
         if (!page)
             continue;
         // Two names for one page ("7" and "+7") only come from hand edits:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "show/CueBookmark.h"
+#include "model/CueBookmark.h"
 
 #include <QByteArray>
 #include <QString>
@@ -50,6 +50,3 @@ struct SavedShow {
     // Strict: every required key present with its type, else none.
     static std::optional<SavedShow> decode(const QByteArray& json);
 };
-
-// The name of a note as written, parsed: optional sign, ASCII digits, 64-bit range.
-std::optional<qint64> parseNoteKey(const QString& name);

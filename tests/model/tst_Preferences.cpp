@@ -2,14 +2,14 @@
 #include "model/AppModel.h"
 #include "platform/QSettingsPreferences.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 
 #include <QtTest>
 
 #include <limits>
 
 // A model started on a fake store that holds `stored`.
-struct StartedModel : FakeModel {
+struct StartedModel : ModelOnFakes {
     explicit StartedModel(const QMap<QString, QVariant>& stored)
     {
         platform.preferences->values.insert(stored);
@@ -47,7 +47,7 @@ private slots:
     }
     void persistWritesEveryKeyInOrder()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.persistPreferences();
         const std::vector<QString> order{"aspect", "contentFit", "customWidth", "customHeight", "outputAlwaysOnTop",
                                          "isSyphonEnabled", "transitionStyle", "transitionDuration", "plannedDuration",
@@ -157,7 +157,7 @@ private slots:
     void firstRunOnAGermanSystemStoresGerman()
     {
         systemPrefers({"fr-FR", "de-DE"});
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QVERIFY(!platform.preferences->values.contains("interfaceLanguage"));
         model.start();
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), QStringLiteral("de"));
@@ -185,7 +185,7 @@ private slots:
 
     void choosingAPaletteColourPersists()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.chooseMarkColor(MarkColor::presets()[3]);
         QCOMPARE(platform.preferences->values.value("markGreen").toDouble(), 0.82);
     }

@@ -1,6 +1,6 @@
 #include "model/AppModel.h"
 #include "support/GatedEngine.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -8,18 +8,6 @@
 using TestPdf::pageShown;
 
 namespace {
-
-// A model on the fake platform whose engine the test holds.
-template <typename Engine>
-struct EngineModel {
-    FakePlatform platform;
-    std::shared_ptr<Engine> engine = std::make_shared<Engine>();
-    AppModel model{[this] {
-        PlatformServices services = platform.services();
-        services.pdf = engine;
-        return services;
-    }()};
-};
 
 const QSize slide(1920, 1080);
 
@@ -33,7 +21,7 @@ class SlidePicturesTest : public QObject {
 private slots:
     void pressesActAtOnceWhileTheWorkersAreBusy()
     {
-        auto&& [platform, gate, model] = EngineModel<GatedEngine>();
+        auto&& [platform, gate, model] = ModelOnEngine<GatedEngine>();
         gate->letThrough = true;
         model.replacePlaylist({folder.pdf("a.pdf", 8), folder.pdf("b.pdf", 3)});
         QVERIFY(slidesSettled(model));
@@ -72,7 +60,7 @@ private slots:
 
     void theStageShowsTheThumbnailUntilTheSlideIsReady()
     {
-        auto&& [platform, gate, model] = EngineModel<GatedEngine>();
+        auto&& [platform, gate, model] = ModelOnEngine<GatedEngine>();
         gate->letThrough = true;
         model.transitionStyle.set(TransitionStyle::none);
         model.replacePlaylist({folder.pdf("thumbs.pdf", 5)});
@@ -92,7 +80,7 @@ private slots:
 
     void rendersAheadWhatMayComeNext()
     {
-        auto&& [platform, engine, model] = EngineModel<MuPdfEngine>();
+        auto&& [platform, engine, model] = ModelOnEngine<MuPdfEngine>();
         const QString a = folder.pdf("ahead-a.pdf", 5);
         const QString b = folder.pdf("ahead-b.pdf", 6);
         model.replacePlaylist({a, b});
@@ -129,7 +117,7 @@ private slots:
 
     void anEntryFarBackComesBackWithItsCuesAndNotes()
     {
-        auto&& [platform, engine, model] = EngineModel<MuPdfEngine>();
+        auto&& [platform, engine, model] = ModelOnEngine<MuPdfEngine>();
         QStringList files;
         for (int i = 0; i < 6; ++i)
             files << folder.pdf(QStringLiteral("back%1.pdf").arg(i), 3);
@@ -163,7 +151,7 @@ private slots:
 
     void aLongWalkStaysWithinTheEngineCaps()
     {
-        auto&& [platform, engine, model] = EngineModel<MuPdfEngine>();
+        auto&& [platform, engine, model] = ModelOnEngine<MuPdfEngine>();
         QStringList files;
         for (int i = 0; i < 50; ++i)
             files << folder.pdf(QStringLiteral("walk%1.pdf").arg(i), 3);

@@ -1,6 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -48,7 +48,7 @@ private slots:
 
     void openingAndStyleNoneCut()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);
@@ -65,7 +65,7 @@ private slots:
 
     void shortDurations()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         model.transitionDuration.set(0.04);
@@ -90,7 +90,7 @@ private slots:
 
     void aFullFadeRisesInSmallStepsAndEndsAtExactlyOne()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         ProgressLog log(model);
@@ -114,7 +114,7 @@ private slots:
 
     void aNewPressRestartsFromThePageJustLeft()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         model.goToNextSlide();
@@ -139,7 +139,7 @@ private slots:
 
     void aCutDuringAFadeStopsItForGood()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         model.goToNextSlide();
@@ -157,7 +157,7 @@ private slots:
 
     void loadingAnotherSetMidFadeIsACut()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         model.goToNextSlide();
@@ -179,7 +179,7 @@ private slots:
 
     void unfreezeFadesFromTheHeldPage()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(slidesSettled(model));
         model.goToPage(2);

@@ -1,6 +1,7 @@
+#include "base/DecimalText.h"
 #include "l10n/L10n.h"
 #include "show/SavedShow.h"
-#include "support/TestSession.h"
+#include "support/ModelFixtures.h"
 
 #include <QtTest>
 
@@ -58,7 +59,7 @@ class ShowFileTest : public QObject {
 private slots:
     void pathsAreRelativeOnlyBelowTheShowFolder()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString b = s.pdf("Other/b.pdf");
         const QString c = s.pdf("Shows2/c.pdf");
         s.model.replacePlaylist({s.pdf("Shows/slides/a.pdf"), b, c});
@@ -85,7 +86,7 @@ private slots:
 
     void encodingIsSortedOneMemberPerLineAndByteStable()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf", 6), s.pdf("b.pdf")});
         s.model.addBookmark("Chorus", 4);
         s.model.addBookmark("Intro", 0);
@@ -206,7 +207,7 @@ private slots:
         QVERIFY(!SavedShow::decode(json));
 
         // Opening it alerts and leaves the loaded set and settings alone.
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         s.model.saveShow(s.file("before.brelvonic"));
         const auto playlist = s.model.playlist();
@@ -225,7 +226,7 @@ private slots:
     // with its name, as do a missing show and a folder.
     void aShowThatIsNoRegularFileIsNotRead()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString pipe = s.file("pipe.brelvonic");
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
         QVERIFY(QFile::link("/dev/null", s.file("device.brelvonic")));
@@ -263,13 +264,13 @@ private slots:
         coded.notes = {{"3", "three"}, {"x", "dropped"}, {"-1", "minus one"}};
         QCOMPARE(coded.notesByPage(), (std::map<qint64, QString>{{-1, "minus one"}, {3, "three"}}));
 
-        QCOMPARE(parseNoteKey("+12"), std::optional<qint64>(12));
-        QCOMPARE(parseNoteKey("007"), std::optional<qint64>(7));
-        QCOMPARE(parseNoteKey("9223372036854775807"), std::optional<qint64>(9223372036854775807LL));
-        QCOMPARE(parseNoteKey("-9223372036854775808"), std::optional<qint64>(std::numeric_limits<qint64>::min()));
+        QCOMPARE(DecimalText::parseInt64("+12"), std::optional<qint64>(12));
+        QCOMPARE(DecimalText::parseInt64("007"), std::optional<qint64>(7));
+        QCOMPARE(DecimalText::parseInt64("9223372036854775807"), std::optional<qint64>(9223372036854775807LL));
+        QCOMPARE(DecimalText::parseInt64("-9223372036854775808"), std::optional<qint64>(std::numeric_limits<qint64>::min()));
         for (const char* bad : {"", "+", "-", " 7", "7 ", "1.0", "1e3", "0x1f", "9223372036854775808",
                                    "--1", "\u0663" /* Arabic-Indic three */})
-            QVERIFY2(!parseNoteKey(QString::fromUtf8(bad)), bad);
+            QVERIFY2(!DecimalText::parseInt64(QString::fromUtf8(bad)), bad);
 
         // A hand-edited clash keeps the note under the name this program writes.
         SavedShowItem clash = item("a.pdf");
@@ -279,7 +280,7 @@ private slots:
 
     void aShowOpensWithItsSetCuesNotesAndSettings()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString a = s.pdf("Shows/slides/a.pdf", 6);
         const QString b = s.pdf("Other/b.pdf", 2);
         SavedShowItem first = item("slides/a.pdf");
@@ -316,7 +317,7 @@ private slots:
 
     void settingsTheModelCannotTakeKeepTheirValues()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.pdf("a.pdf");
         SavedShow show = sampleShow({item("a.pdf")});
         show.aspect = "r5x4";
@@ -341,7 +342,7 @@ private slots:
     // (output window, frame publisher) see no change.
     void equalSettingsDoNotNotify()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         const QString same = s.file("same.brelvonic");
         s.model.saveShow(same);
@@ -363,13 +364,13 @@ private slots:
 
     void aShowMovedWithItsPdfsOpensAgain()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("Shows/slides/a.pdf", 4), s.pdf("Shows/b.pdf", 2)});
         s.model.addBookmark("Intro", 3);
         s.model.saveShow(s.file("Shows/gig.brelvonic"));
 
         // Into another temporary folder, opened by another model.
-        TestSession moved;
+        ModelWithFolder moved;
         QVERIFY(QDir().mkpath(moved.file("Moved/slides")));
         for (const QString& name : QStringList{"gig.brelvonic", "slides/a.pdf", "b.pdf"})
             QVERIFY(QFile::rename(s.file("Shows/" + name), moved.file("Moved/" + name)));
@@ -383,7 +384,7 @@ private slots:
 
     void missingPdfsAreLeftOutAndNamed()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString a = s.pdf("a.pdf");
         const QString b = s.pdf("sub/b.pdf");
         const QString c = s.pdf("c.pdf");
@@ -392,7 +393,7 @@ private slots:
         s.model.saveShow(showPath);
         QVERIFY(QFile::remove(b));
 
-        TestSession reopened;
+        ModelWithFolder reopened;
         reopened.model.openShow(showPath);
         QCOMPARE(reopened.paths(), (QStringList{a, c}));
         QCOMPARE(reopened.model.playlistIndex(), 0);
@@ -403,7 +404,7 @@ private slots:
         // A file that is there but is no PDF is left out without being named missing.
         QVERIFY(QFile::remove(a));
         TestPdf::writeNotPdf(a);
-        TestSession again;
+        ModelWithFolder again;
         again.model.openShow(showPath);
         QCOMPARE(again.paths(), (QStringList{c}));
         QCOMPARE(again.alerts().size(), qsizetype(2));
@@ -413,7 +414,7 @@ private slots:
 
     void aShowWithNothingToOpenChangesNothing()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString loaded = s.pdf("loaded.pdf");
         s.model.replacePlaylist({loaded});
         s.model.aspect.set(AspectMode::r1x1);
@@ -440,7 +441,7 @@ private slots:
     // PDF; a trailing slash still names the last part. No alert goes blank.
     void handEditedPathsAreNamedByTheirLastPart()
     {
-        TestSession s;
+        ModelWithFolder s;
         QVERIFY(QDir().mkpath(s.file("Shows")));
         QVERIFY(writeAll(s.file("Shows/odd.brelvonic"), sampleShow({item(""), item("gone/")}).encode()));
         s.model.openShow(s.file("Shows/odd.brelvonic"));
@@ -454,7 +455,7 @@ private slots:
 
     void aFailedSaveKeepsTheEarlierFile()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         const QString earlier = s.file("gig.brelvonic");
         s.model.saveShow(earlier);
@@ -481,7 +482,7 @@ private slots:
 
     void savePanelAsksOnlyWhenNeeded()
     {
-        TestSession s;
+        ModelWithFolder s;
         auto& dialogs = *s.platform.dialogs;
         s.model.presentSaveShowPanel(false);
         QCOMPARE(s.alerts(), QStringList{"Nothing to save: Open a PDF or folder first."});
@@ -521,7 +522,7 @@ private slots:
 
     void openPanelOpensTheChosenShow()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString a = s.pdf("a.pdf");
         s.model.replacePlaylist({a});
         const QString showPath = s.file("Gig.Brelvonic");

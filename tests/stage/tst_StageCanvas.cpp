@@ -1,7 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/StageCanvas.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QGestureEvent>
@@ -63,7 +63,7 @@ private slots:
     {
         // A 4:3 slide on a 16:9 canvas: the picture is 360 wide, 60 from the
         // left, and input there lands on the slide's own edges.
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("four-three.pdf", 2, TestPdf::standard)});
         QVERIFY(slidesSettled(model));
         StageCanvas canvas(model);
@@ -79,7 +79,7 @@ private slots:
 
     void keysStayWithTheConsoleAndTheWheelStealsNothing()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QWidget console;
         auto* layout = new QVBoxLayout(&console);
         auto* keys = new QLineEdit(&console);  // stands for the console's key handling
@@ -125,7 +125,7 @@ private slots:
 
     void markerDragStoresAStrokeClampedToTheEdge()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {400, 300}));  // letterboxed: 400×225 slide, 37.5 px bands
         QCOMPARE(canvas.pictureRect().height(), 225.0);
@@ -159,7 +159,7 @@ private slots:
 
     void markupIsDrawnWhereTheInputLanded()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {400, 300}));
         model.setTool(StageTool::marker);
@@ -175,7 +175,7 @@ private slots:
 
     void laserFollowsHoverAndHidesOnLeave()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {320, 180}));
 
@@ -200,7 +200,7 @@ private slots:
 
     void frameAndZoomByMouse()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {320, 180}));
 
@@ -224,7 +224,7 @@ private slots:
 
     void wheelNudgesZoomOnlyUnderZoom()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         canvas.resize(320, 180);
 
@@ -250,7 +250,7 @@ private slots:
 
     void pinchScalesTheZoom()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         model.setTool(StageTool::zoom);
         const QPointingDevice* pad = QPointingDevice::primaryPointingDevice();
