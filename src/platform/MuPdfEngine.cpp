@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstdlib>
 #include <atomic>
 #include <condition_variable>
 #include <future>
@@ -518,11 +520,26 @@ public:
         wake_.notify_all();
     }
 
+    // At exit: nothing new starts, what runs is cut short and awaited, so no
+    // worker is still drawing while the process takes its libraries down.
+    void shutdown()
+    {
+        std::vector<std::shared_ptr<Job>> dropped;
+        std::unique_lock guard(mutex_);
+        stopping_ = true;
+        dropped.swap(queued_);
+        for (const auto& job : running_)
+            job->cookie.abort = 1;
+        wake_.notify_all();
+        idle_.wait_for(guard, std::chrono::seconds(2), [&] { return running_.empty(); });
+    }
+
 private:
     Workers()
     {
         for (int lane = 0; lane < 2; ++lane)
             std::thread([this, lane] { run(lane); }).detach();
+        std::atexit([] { instance().shutdown(); });
     }
 
     // A job for `key` that can still deliver; called with the lock held.
@@ -557,7 +574,11 @@ private:
             bool trim = false;
             {
                 std::unique_lock guard(mutex_);
-                wake_.wait(guard, [&] { return pick(lane) != queued_.end() || (lane == 1 && trimWanted_); });
+                wake_.wait(guard, [&] {
+                    return stopping_ || pick(lane) != queued_.end() || (lane == 1 && trimWanted_);
+                });
+                if (stopping_)
+                    return;
                 if (lane == 1 && trimWanted_) {
                     trimWanted_ = false;
                     trim = true;
@@ -584,6 +605,8 @@ private:
                 std::erase(running_, job);
                 waiters = std::move(job->waiters);
                 job->waiters.clear();
+                if (running_.empty())
+                    idle_.notify_all();
             }
             if (!job->cookie.abort)
                 for (const auto& waiter : waiters)
@@ -616,6 +639,8 @@ private:
 
     std::mutex mutex_;
     std::condition_variable wake_;
+    std::condition_variable idle_;
+    bool stopping_ = false;
     std::vector<std::shared_ptr<Job>> queued_;
     std::vector<std::shared_ptr<Job>> running_;
     bool trimWanted_ = false;
