@@ -23,6 +23,7 @@
 #include <vector>
 
 struct SavedShowItem;
+struct ShowSettings;
 
 // The one presentation model. Lives on the main thread; every view, output and
 // input reads it and calls its operations. Each stored property is an
@@ -183,6 +184,12 @@ public:
     // ---- Preferences (src/model/Preferences.cpp) ----
     // Writes every preference from the current properties.
     void persistPreferences();
+    // The settings a show carries, as they stand, coded (all present).
+    ShowSettings showSettings() const;
+    // Takes every usable value of `settings`: a known raw value, a size of 1
+    // or more, a fade longer than 0, a colour with its red. The others keep
+    // their current values; an unusable planned duration is none (0).
+    void applyShowSettings(const ShowSettings& settings);
     // Empties the desktop's recent-documents list of this program, then
     // `recentFiles`.
     void clearRecentFiles();

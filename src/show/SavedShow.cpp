@@ -169,21 +169,14 @@ QByteArray SavedShow::encode() const
     for (const SavedShowItem& item : items)
         list.append(encodeItem(item));
     // QJsonObject keeps its members sorted by name, so the output is sorted too.
-    const QJsonObject root{
+    QJsonObject root{
         {QStringLiteral("formatVersion"), formatVersion},
-        {QStringLiteral("aspect"), aspect},
-        {QStringLiteral("contentFit"), contentFit},
-        {QStringLiteral("customWidth"), customWidth},
-        {QStringLiteral("customHeight"), customHeight},
-        {QStringLiteral("transitionStyle"), transitionStyle},
-        {QStringLiteral("transitionDuration"), transitionDuration},
-        {QStringLiteral("plannedDuration"), plannedDuration},
-        {QStringLiteral("hideOutputCursor"), hideOutputCursor},
-        {QStringLiteral("markRed"), markRed},
-        {QStringLiteral("markGreen"), markGreen},
-        {QStringLiteral("markBlue"), markBlue},
         {QStringLiteral("items"), list},
     };
+    // A setting never given is written as null: such a file does not read.
+    ShowSettings::forEach(settings, [&root](const char* key, const auto& value) {
+        root.insert(QLatin1StringView(key), value ? QJsonValue(*value) : QJsonValue());
+    });
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
@@ -197,17 +190,17 @@ std::optional<SavedShow> SavedShow::decode(const QByteArray& json)
     Reader r{root};
     SavedShow show;
     show.formatVersion = r.integer("formatVersion");
-    show.aspect = r.string("aspect");
-    show.contentFit = r.string("contentFit");
-    show.customWidth = r.integer("customWidth");
-    show.customHeight = r.integer("customHeight");
-    show.transitionStyle = r.string("transitionStyle");
-    show.transitionDuration = r.number("transitionDuration");
-    show.plannedDuration = r.number("plannedDuration");
-    show.hideOutputCursor = r.boolean("hideOutputCursor");
-    show.markRed = r.number("markRed");
-    show.markGreen = r.number("markGreen");
-    show.markBlue = r.number("markBlue");
+    ShowSettings::forEach(show.settings, [&r](const char* key, auto& value) {
+        using T = typename std::decay_t<decltype(value)>::value_type;
+        if constexpr (std::is_same_v<T, QString>)
+            value = r.string(key);
+        else if constexpr (std::is_same_v<T, qint64>)
+            value = r.integer(key);
+        else if constexpr (std::is_same_v<T, double>)
+            value = r.number(key);
+        else
+            value = r.boolean(key);
+    });
     const QJsonArray items = r.array("items");
     if (!r.ok)
         return std::nullopt;

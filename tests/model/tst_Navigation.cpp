@@ -305,10 +305,12 @@ private slots:
         const auto [nextFile, nextIndex] = page(following);
         QCOMPARE(model.documentURL(), std::optional<QString>(shownFile));
         QCOMPARE(model.pageIndex(), shownIndex);
-        QCOMPARE(platform.pdf->count(shownFile, shownIndex, false), 1);
+        // Rendered ahead, the press asks for nothing; else one request serves stage and output.
+        QVERIFY(platform.pdf->count(shownFile, shownIndex, false) <= 1);
         QCOMPARE(platform.pdf->count(nextFile, nextIndex, true), 1);
         QVERIFY(slidesSettled(model));
-        QCOMPARE(platform.pdf->count(shownFile, shownIndex, false), 1);
+        // Rendered ahead, the press asks for nothing; else one request serves stage and output.
+        QVERIFY(platform.pdf->count(shownFile, shownIndex, false) <= 1);
         QVERIFY(model.previewSlideImage() != before);
         QCOMPARE(model.incomingSlideImage(), model.previewSlideImage());
         // The fade still starts from the slide left.

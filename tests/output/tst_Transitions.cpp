@@ -137,44 +137,50 @@ private slots:
         QVERIFY(!model.outgoingSlideImage());
     }
 
-    void aCutDuringAFadeStopsItForGood()
+    // Every way of cutting in the middle of a fade ends it for good: the
+    // picture is whole at once and the old fade never writes again.
+    void aCutMidFadeStopsItForGood_data()
     {
-        auto&& [platform, model] = ModelOnFakes();
-        model.replacePlaylist({ten});
-        QVERIFY(slidesSettled(model));
-        model.goToNextSlide();
-        QVERIFY(slidesSettled(model));
-        platform.scheduler->advance(0.1);
-        model.transitionStyle.set(TransitionStyle::none);
-        model.goToNextSlide();
-        QVERIFY(slidesSettled(model));
-        QCOMPARE(model.transitionProgress(), 1.0);
-        ProgressLog log(model);
-        platform.scheduler->runAll();
-        QVERIFY(log.values.empty());  // the old fade never writes again
-        QVERIFY(!model.outgoingSlideImage());
+        QTest::addColumn<QString>("cut");
+        QTest::newRow("a press with the cut style") << "press";
+        QTest::newRow("another set loaded") << "load";
+        QTest::newRow("the current file removed from the set") << "remove";
+        QTest::newRow("the document closed") << "close";
     }
 
-    void loadingAnotherSetMidFadeIsACut()
+    void aCutMidFadeStopsItForGood()
     {
+        QFETCH(QString, cut);
         auto&& [platform, model] = ModelOnFakes();
-        model.replacePlaylist({ten});
+        model.replacePlaylist({ten, three});
         QVERIFY(slidesSettled(model));
         model.goToNextSlide();
         QVERIFY(slidesSettled(model));
         platform.scheduler->advance(0.1);
         QVERIFY(model.transitionProgress() < 1.0);
-        // Opening files loads without animation: shown at once, and the old
-        // fade must not creep back in with values below 1.
-        model.replacePlaylist({three});
+        QVERIFY(model.outgoingSlideImage());
+
+        if (cut == "press") {
+            model.transitionStyle.set(TransitionStyle::none);
+            model.goToNextSlide();
+        } else if (cut == "load") {
+            // Opening files loads without animation: shown at once.
+            model.replacePlaylist({three});
+        } else if (cut == "remove") {
+            model.removePlaylistItem(model.playlist()[0].id);
+        } else {
+            model.closeDocument();
+        }
         QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
         ProgressLog log(model);
         platform.scheduler->runAll();
         QVERIFY(log.values.empty());
-        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
+        QVERIFY(!model.outgoingSlideImage());
         QVERIFY(!model.needsLiveOutput());
+        if (cut == "load" || cut == "remove")
+            QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
     }
 
     void unfreezeFadesFromTheHeldPage()

@@ -44,9 +44,10 @@ class ShowFileTest : public QObject {
     // A show as the program writes it, with settings that differ from the defaults.
     static SavedShow sampleShow(const std::vector<SavedShowItem>& items = {})
     {
-        return {.aspect = "r4x3", .contentFit = "cover", .customWidth = 1280, .customHeight = 720, .transitionStyle = "none",
-                .transitionDuration = 0.8, .plannedDuration = 2700, .hideOutputCursor = false, .markRed = 0.2,
-                .markGreen = 0.25, .markBlue = 1, .items = items};
+        return {.settings = {.aspect = "r4x3", .contentFit = "cover", .customWidth = 1280, .customHeight = 720,
+                             .transitionStyle = "none", .transitionDuration = 0.8, .plannedDuration = 2700,
+                             .hideOutputCursor = false, .markRed = 0.2, .markGreen = 0.25, .markBlue = 1},
+                .items = items};
     }
 
     static SavedShowItem item(const QString& path)
@@ -320,13 +321,13 @@ private slots:
         ModelWithFolder s;
         s.pdf("a.pdf");
         SavedShow show = sampleShow({item("a.pdf")});
-        show.aspect = "r5x4";
-        show.contentFit = "stretch";
-        show.customWidth = 0;
-        show.customHeight = 4294967296;
-        show.transitionStyle = "wipe";
-        show.transitionDuration = 0;
-        show.plannedDuration = 0;
+        show.settings.aspect = "r5x4";
+        show.settings.contentFit = "stretch";
+        show.settings.customWidth = 0;
+        show.settings.customHeight = 4294967296;
+        show.settings.transitionStyle = "wipe";
+        show.settings.transitionDuration = 0;
+        show.settings.plannedDuration = 0;
         QVERIFY(writeAll(s.file("odd.brelvonic"), show.encode()));
 
         s.model.aspect.set(AspectMode::r16x10);
