@@ -2,6 +2,8 @@
 BUILD_DIR ?= build
 FILES ?=
 JOBS ?= $(shell nproc)
+# A folder of real decks for `make bench` (its PDFs, and its set50/ folder as the large set).
+DECKS ?=
 
 .PHONY: run test deps build clean bench package install
 
@@ -21,7 +23,10 @@ test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
 bench: build
-	@for b in $(BUILD_DIR)/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$b"; "$$b"; done
+	@for b in $(BUILD_DIR)/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$b"; \
+		if [ "$${b##*/}" = bench_presenter ] && [ -n "$(DECKS)" ]; then \
+			"$$b" $$([ -d "$(DECKS)/set50" ] && echo --set "$(DECKS)/set50") "$(DECKS)"/*.pdf; \
+		else "$$b"; fi; done
 
 # A Debian package of the program in $(BUILD_DIR) (install it with apt or dpkg -i).
 package: build

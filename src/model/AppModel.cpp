@@ -38,8 +38,8 @@ AppModel::~AppModel()
 {
     // Tasks hold the model weakly through `self_`; make them see it gone.
     *self_ = nullptr;
-    if (auto task = thumbnailTask.peek())
-        task->cancel();
+    // Renders in flight are not wanted any more.
+    stopSlideWork();
     if (auto task = transitionTask.peek())
         task->cancel();
 }

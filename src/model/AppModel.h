@@ -135,6 +135,11 @@ public:
     void removeLastJumpDigit();
     void commitJump();
 
+    // ---- Slide pictures from the engine's workers (src/model/SlidePictures.cpp) ----
+    // True while a move waits for its slide to be rendered; meanwhile the
+    // output keeps the picture it has and the stage may show the thumbnail.
+    bool isAwaitingSlide() const;
+
     // ---- Show timer (src/model/ShowTimer.cpp) ----
     void toggleTimer();
     void resetTimer();
@@ -269,20 +274,45 @@ private:
     // Set and document cache (src/model/Playlist.cpp)
     void loadCurrentEntry(int page, bool animate);
     void rebuildThumbnails();
-    void runThumbnailBatch(std::weak_ptr<AppModel*> model, PdfDocumentPtr document, Task task, int from);
+    // Thumbnails rendered on workers, stored in page order.
+    struct ThumbnailPass;
+    void askThumbnails(const std::shared_ptr<ThumbnailPass>& pass);
+    void storeThumbnails(const std::shared_ptr<ThumbnailPass>& pass);
+    void stopThumbnails();
     void ensureTimerStarted();  // src/model/ShowTimer.cpp
     void noteRecentDocuments(const QStringList& urls);
     // Navigation (src/model/Navigation.cpp)
     std::optional<PdfPage> outgoingPage() const;
-    // `entryLoaded`: the move went into another file, whose load rendered the page.
+    // `entryLoaded`: the move went into another file, whose load asked for the page.
     void finishPageMove(const std::optional<PdfPage>& outgoing, bool entryLoaded = false);
-    ImagePtr renderSlide(const PdfPage& page) const;
-    void prefetchUpcoming();
+    // Slide pictures (src/model/SlidePictures.cpp; applyOutputPicture in src/output/Transitions.cpp)
+    // How the output takes a new picture: in place (a move into another file
+    // while frozen), with a cut, or with a fade.
+    enum class OutputMove { replace, cut, fade };
+    QSize slideBox() const;
+    // The stage shows `page` (the current one) as soon as its picture is
+    // rendered, its thumbnail meanwhile.
+    void showOnStage(const PdfPage& page);
+    // The output moves to the current page once its picture is rendered: a
+    // fade from `from`, a cut, or in place.
+    void showOnOutput(OutputMove move, ImagePtr from);
+    void applyOutputPicture(ImagePtr picture, OutputMove move, ImagePtr from);
+    // One render per page however many wait for it; tickets nobody waits
+    // for any more are cancelled.
+    void askForSlide(const PdfPage& page);
+    void slideArrived(const PdfPage& page, ImagePtr picture);
+    void dropUnwantedSlides();
+    // The picture the output shows of `page` now, for a fade out of it.
+    ImagePtr pictureLeaving(const std::optional<PdfPage>& page) const;
+    // Renders ahead what the operator may ask for next, and tells each file
+    // whether it is near.
+    void renderAround();
+    void stopSlideWork();
     // Preferences (src/model/Preferences.cpp)
     void restorePreferences();
     // Transitions (src/output/Transitions.cpp)
-    // Shows `incoming` on the output: a fade from `previous` or a cut.
-    void startTransition(const std::optional<PdfPage>& previous, ImagePtr incoming);
+    // Shows the current page on the output: a fade from `previous` or a cut.
+    void startTransition(const std::optional<PdfPage>& previous);
     // The cut: any fade ends, the outgoing picture goes, progress is 1.
     void endTransition();
     void runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration);
@@ -309,4 +339,17 @@ private:
     std::unique_ptr<OutputWindowController> output_;
 
     std::unique_ptr<FramePublisher> syphonOutput_;
+
+    // What the stage and the output wait for, the renders in flight for them,
+    // ahead and for the thumbnails.
+    struct OutputWait {
+        PdfPage page;
+        OutputMove move;
+        ImagePtr from;
+    };
+    std::optional<PdfPage> stageWaitsFor_;
+    std::optional<OutputWait> outputWaitsFor_;
+    std::vector<std::pair<PdfPage, RenderTicketPtr>> slideTickets_;
+    std::vector<RenderTicketPtr> aheadTickets_;
+    std::shared_ptr<ThumbnailPass> thumbnailPass_;
 };

@@ -66,23 +66,6 @@ std::optional<PdfPage> AppModel::outgoingPage() const
     return pageOf(document.peek(), outputPageIndex());
 }
 
-ImagePtr AppModel::renderSlide(const PdfPage& page) const
-{
-    if (!page.document)
-        return nullptr;
-    const QSizeF size = snapshotSize();
-    return page.document->render(page.index, QSize(qRound(size.width()), qRound(size.height())));
-}
-
-void AppModel::prefetchUpcoming()
-{
-    // The slide after this one is rendered ahead so the next press shows it at once.
-    const QSizeF size = snapshotSize();
-    const QSize box(qRound(size.width()), qRound(size.height()));
-    if (auto next = upcomingPage())
-        next->document->prefetch(next->index, box);
-}
-
 void AppModel::goToNextSlide()
 {
     if (!canGoNext())
@@ -132,18 +115,16 @@ void AppModel::goToPage(int index)
 
 void AppModel::finishPageMove(const std::optional<PdfPage>& outgoing, bool entryLoaded)
 {
-    // One render serves the stage and the output; a move into another file
-    // has it from loading that file.
+    // A move into another file asked for the stage's picture when it loaded it.
     if (!entryLoaded)
-        previewSlideImage.set(renderSlide(PdfPage{document.peek(), pageIndex.peek()}));
-    const ImagePtr slide = previewSlideImage.peek();
+        showOnStage(PdfPage{document.peek(), pageIndex.peek()});
     draftStroke.set(std::nullopt);
     draftFrameRect.set(std::nullopt);
     if (stageTool.peek() != StageTool::zoom)
         zoomCenter.set(std::nullopt);
     if (!isFrozen.peek())
-        startTransition(outgoing, slide);
-    prefetchUpcoming();
+        startTransition(outgoing);
+    renderAround();
 }
 
 void AppModel::toggleFreeze()
@@ -155,8 +136,7 @@ void AppModel::toggleFreeze()
     }
     isFrozen.set(false);
     if (pageIndex.peek() != frozenPageIndex.peek())
-        startTransition(pageOf(document.peek(), frozenPageIndex.peek()),
-                        renderSlide(PdfPage{document.peek(), pageIndex.peek()}));
+        startTransition(pageOf(document.peek(), frozenPageIndex.peek()));
 }
 
 void AppModel::appendJumpDigit(const QString& digit)
@@ -166,6 +146,7 @@ void AppModel::appendJumpDigit(const QString& digit)
     if (jumpBuffer.peek().size() >= 4)
         jumpBuffer.set(QString());
     jumpBuffer.mutate([&](QString& buffer) { buffer += digit; });
+    renderAround();
 }
 
 void AppModel::toggleBlackout()
@@ -176,12 +157,15 @@ void AppModel::toggleBlackout()
 void AppModel::clearJumpBuffer()
 {
     jumpBuffer.set(QString());
+    renderAround();
 }
 
 void AppModel::removeLastJumpDigit()
 {
-    if (!jumpBuffer.peek().isEmpty())
-        jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
+    if (jumpBuffer.peek().isEmpty())
+        return;
+    jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
+    renderAround();
 }
 
 void AppModel::commitJump()

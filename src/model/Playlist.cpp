@@ -146,19 +146,47 @@ void AppModel::loadCurrentEntry(int page, bool animate)
     pageIndex.set(std::clamp(page, 0, std::max(doc->pageCount() - 1, 0)));
     thumbnails.set({});
     rebuildThumbnails();
-    previewSlideImage.set(renderSlide(PdfPage{doc, pageIndex.peek()}));
-    incomingSlideImage.set(previewSlideImage.peek());
-    // An animated load is part of a page move, which fades and renders ahead.
-    if (animate)
-        return;
-    endTransition();
-    prefetchUpcoming();
+    showOnStage(PdfPage{doc, pageIndex.peek()});
+    if (!animate) {
+        // A cut: a fade still running from the old picture is over once the
+        // new one is there.
+        showOnOutput(OutputMove::cut, nullptr);
+        renderAround();
+    } else if (isFrozen.peek()) {
+        // Frozen, the caller starts no fade, but another file's page still
+        // replaces the output picture.
+        showOnOutput(OutputMove::replace, nullptr);
+    }
+}
+
+// One file's thumbnails: asked of the workers a few at a time in page order,
+// stored in page order whatever order they arrive in, six per turn of the
+// main loop.
+struct AppModel::ThumbnailPass {
+    PdfDocumentPtr document;
+    Task task;
+    std::map<int, ImagePtr> arrived;
+    std::map<int, RenderTicketPtr> tickets;
+    int nextToAsk = 0;
+    int nextToStore = 0;
+    bool yielding = false;
+};
+
+void AppModel::stopThumbnails()
+{
+    if (auto running = thumbnailTask.peek())
+        running->cancel();
+    if (thumbnailPass_) {
+        for (auto& [index, ticket] : thumbnailPass_->tickets)
+            ticket->cancel();
+        thumbnailPass_->tickets.clear();
+        thumbnailPass_.reset();
+    }
 }
 
 void AppModel::rebuildThumbnails()
 {
-    if (auto running = thumbnailTask.peek())
-        running->cancel();
+    stopThumbnails();
     const PdfDocumentPtr doc = document.peek();
     if (!doc || !services_.scheduler) {
         thumbnailTask.set(nullptr);
@@ -166,38 +194,73 @@ void AppModel::rebuildThumbnails()
     }
     auto task = std::make_shared<TaskHandle>();
     thumbnailTask.set(task);
+    auto pass = std::make_shared<ThumbnailPass>();
+    pass->document = doc;
+    pass->task = task;
+    thumbnailPass_ = pass;
     std::weak_ptr<AppModel*> weak = self_;
-    // The first batch waits for the next turn too, so loading a set returns at once.
-    services_.scheduler->post([weak, doc, task] {
+    // The first renders are asked for on the next turn, so loading a set returns at once.
+    services_.scheduler->post([weak, pass] {
         auto alive = weak.lock();
-        if (alive && *alive)
-            (*alive)->runThumbnailBatch(weak, doc, task, 0);
+        if (alive && *alive && !pass->task->isCancelled())
+            (*alive)->askThumbnails(pass);
     });
 }
 
-void AppModel::runThumbnailBatch(std::weak_ptr<AppModel*> model, PdfDocumentPtr doc, Task task, int from)
+void AppModel::askThumbnails(const std::shared_ptr<ThumbnailPass>& pass)
 {
-    const int count = doc->pageCount();
-    for (int i = from; i < count; ++i) {
-        if (task->isCancelled())
-            return;
-        ImagePtr image = doc->render(i, QSize(thumbnailBox, thumbnailBox));
+    // Enough in flight to keep the workers busy, few enough that a new file
+    // cancels little.
+    constexpr int window = 2 * thumbnailBatch;
+    const int count = pass->document->pageCount();
+    std::weak_ptr<AppModel*> weak = self_;
+    for (; pass->nextToAsk < count && pass->nextToAsk < pass->nextToStore + window; ++pass->nextToAsk) {
+        const int index = pass->nextToAsk;
+        pass->tickets[index] = pass->document->request(
+            index, QSize(thumbnailBox, thumbnailBox), RenderUrgency::thumbnail, [weak, pass, index](ImagePtr image) {
+                auto alive = weak.lock();
+                if (!alive || !*alive || pass->task->isCancelled())
+                    return;
+                pass->tickets.erase(index);
+                pass->arrived[index] = std::move(image);
+                (*alive)->storeThumbnails(pass);
+            });
+    }
+}
+
+void AppModel::storeThumbnails(const std::shared_ptr<ThumbnailPass>& pass)
+{
+    if (pass->yielding || pass->task->isCancelled())
+        return;
+    const int count = pass->document->pageCount();
+    for (auto it = pass->arrived.find(pass->nextToStore); it != pass->arrived.end();
+         it = pass->arrived.find(pass->nextToStore)) {
+        const int index = it->first;
+        ImagePtr image = std::move(it->second);
+        pass->arrived.erase(it);
         thumbnails.mutate([&](auto& map) {
             if (image)
-                map[i] = image;
+                map[index] = image;
             else
-                map.erase(i);
+                map.erase(index);
         });
-        if ((i + 1) % thumbnailBatch == 0 && i + 1 < count) {
+        ++pass->nextToStore;
+        if (pass->nextToStore % thumbnailBatch == 0 && pass->nextToStore < count) {
             // Give way to the console (and the clicker) before the next batch.
-            services_.scheduler->post([model, doc, task, next = i + 1] {
-                auto alive = model.lock();
-                if (alive && *alive && !task->isCancelled())
-                    (*alive)->runThumbnailBatch(model, doc, task, next);
+            pass->yielding = true;
+            askThumbnails(pass);
+            std::weak_ptr<AppModel*> weak = self_;
+            services_.scheduler->post([weak, pass] {
+                auto alive = weak.lock();
+                if (!alive || !*alive || pass->task->isCancelled())
+                    return;
+                pass->yielding = false;
+                (*alive)->storeThumbnails(pass);
             });
             return;
         }
     }
+    askThumbnails(pass);
 }
 
 void AppModel::movePlaylist(const std::vector<int>& sourceIndices, int destination)
@@ -233,6 +296,8 @@ void AppModel::movePlaylist(const std::vector<int>& sourceIndices, int destinati
             if (now[i].id == current->id)
                 playlistIndex.set(static_cast<int>(i));
     }
+    // Other files are beside the current one now.
+    renderAround();
 }
 
 void AppModel::selectPlaylistItem(const QUuid& id)
@@ -265,8 +330,7 @@ void AppModel::removePlaylistItem(const QUuid& id)
 void AppModel::closeDocument()
 {
     endTransition();
-    if (auto task = thumbnailTask.peek())
-        task->cancel();
+    stopSlideWork();
     playlist.set({});
     playlistIndex.set(0);
     document.set(nullptr);

@@ -33,26 +33,30 @@ void AppModel::endTransition()
     transitionProgress.set(1.0);
 }
 
-void AppModel::startTransition(const std::optional<PdfPage>& previous, ImagePtr incoming)
+void AppModel::startTransition(const std::optional<PdfPage>& previous)
 {
-    incomingSlideImage.set(std::move(incoming));
-
     const bool fades = transitionStyle.peek() == TransitionStyle::fade && transitionDuration.peek() > shortestFade
         && previous.has_value() && services_.scheduler;
     // Without a fade, or with nothing to drive one, the new slide shows at once.
-    if (!fades) {
+    showOnOutput(fades ? OutputMove::fade : OutputMove::cut, fades ? pictureLeaving(previous) : nullptr);
+}
+
+void AppModel::applyOutputPicture(ImagePtr picture, OutputMove move, ImagePtr from)
+{
+    incomingSlideImage.set(std::move(picture));
+    if (move == OutputMove::replace)
+        return;
+    if (move == OutputMove::cut || !services_.scheduler) {
         endTransition();
         return;
     }
-
     if (auto task = transitionTask.peek())
         task->cancel();
-    outgoingSlideImage.set(renderSlide(*previous));
+    outgoingSlideImage.set(std::move(from));
     transitionProgress.set(0.0);
     auto task = std::make_shared<TaskHandle>();
     transitionTask.set(task);
-    const double duration = std::max(transitionDuration.peek(), fadeFloor);
-    runFadeStep(self_, task, services_.scheduler->now(), duration);
+    runFadeStep(self_, task, services_.scheduler->now(), std::max(transitionDuration.peek(), fadeFloor));
 }
 
 void AppModel::runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration)

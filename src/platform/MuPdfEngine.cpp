@@ -1,35 +1,71 @@
 #include "MuPdfEngine.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
-#include <QThreadPool>
+#include <QMetaObject>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstdlib>
+#include <atomic>
 #include <condition_variable>
 #include <future>
 #include <list>
-#include <map>
 #include <mutex>
-#include <tuple>
+#include <thread>
+#include <vector>
 
 extern "C" {
 #include <mupdf/fitz.h>
 #include <mupdf/pdf.h>
 }
 
-// One base context with real locks; every call works in a context cloned
-// from it, so any thread may render.
+namespace {
+struct DocState;
+
+// A rendered picture in the engine's cache.
+struct PictureKey {
+    std::uint64_t document;
+    int index;
+    int width;
+    int height;
+    bool operator==(const PictureKey&) const = default;
+    // Thumbnails and slides are budgeted apart, so a pass over a long file's
+    // thumbnails never pushes out the slides rendered ahead.
+    bool small() const { return width <= 320 && height <= 320; }
+};
+
+using ImagePtr = std::shared_ptr<const QImage>;
+
+std::size_t bytesOf(const ImagePtr& image)
+{
+    return image ? std::size_t(image->sizeInBytes()) : 0;
+}
+}
+
+// One base context with real locks, each worker cloning it; and what the
+// engine holds across its documents: the picture cache and the counters.
 struct MuPdfEngine::Base {
     std::array<std::mutex, FZ_LOCK_MAX> locks;
     fz_locks_context lockContext{};
     fz_context* context = nullptr;
+
+    // Guards `pictures` and the byte counts. Held only for
+    // bookkeeping, never while the library works.
+    mutable std::mutex mutex;
+    std::list<std::pair<PictureKey, ImagePtr>> pictures;  // most recent first
+    std::size_t slideBytes = 0;
+    std::size_t thumbnailBytes = 0;
+    std::atomic<int> lists{0};
+    std::atomic<int> parsed{0};
 
     Base()
     {
         lockContext.user = this;
         lockContext.lock = [](void* user, int lock) { static_cast<Base*>(user)->locks[std::size_t(lock)].lock(); };
         lockContext.unlock = [](void* user, int lock) { static_cast<Base*>(user)->locks[std::size_t(lock)].unlock(); };
-        context = fz_new_context(nullptr, &lockContext, FZ_STORE_DEFAULT);
+        context = fz_new_context(nullptr, &lockContext, storeBudget);
         if (!context)
             return;
         // Damaged files make MuPDF chatty; the caller gets the reason instead.
@@ -42,6 +78,56 @@ struct MuPdfEngine::Base {
     {
         if (context)
             fz_drop_context(context);
+    }
+
+    ImagePtr cachedPicture(const PictureKey& key)
+    {
+        std::lock_guard guard(mutex);
+        for (auto it = pictures.begin(); it != pictures.end(); ++it) {
+            if (it->first == key) {
+                pictures.splice(pictures.begin(), pictures, it);
+                return it->second;
+            }
+        }
+        return nullptr;
+    }
+
+    void remember(const PictureKey& key, const ImagePtr& image)
+    {
+        std::vector<ImagePtr> dropped;  // freed outside the lock
+        std::lock_guard guard(mutex);
+        for (const auto& [k, i] : pictures)
+            if (k == key)
+                return;
+        pictures.emplace_front(key, image);
+        (key.small() ? thumbnailBytes : slideBytes) += bytesOf(image);
+        // The oldest of the same kind go first, never the one just added.
+        const bool small = key.small();
+        const std::size_t budget = small ? thumbnailBudget : slideBudget;
+        std::size_t& used = small ? thumbnailBytes : slideBytes;
+        auto it = pictures.end();
+        while (used > budget && --it != pictures.begin()) {
+            if (it->first.small() != small)
+                continue;
+            used -= bytesOf(it->second);
+            dropped.push_back(std::move(it->second));
+            it = pictures.erase(it);
+        }
+    }
+
+    void forget(std::uint64_t document)
+    {
+        std::vector<ImagePtr> dropped;
+        std::lock_guard guard(mutex);
+        for (auto it = pictures.begin(); it != pictures.end();) {
+            if (it->first.document != document) {
+                ++it;
+                continue;
+            }
+            (it->first.small() ? thumbnailBytes : slideBytes) -= bytesOf(it->second);
+            dropped.push_back(std::move(it->second));
+            it = pictures.erase(it);
+        }
     }
 };
 
@@ -64,58 +150,70 @@ private:
     fz_context* ctx_;
 };
 
-QThreadPool& aheadPool()
-{
-    static QThreadPool* pool = [] {
-        auto* p = new QThreadPool;
-        p->setMaxThreadCount(2);
-        return p;
-    }();
-    return *pool;
-}
-
-using RenderKey = std::tuple<int, int, int>;  // page, box width, box height
-using ImagePtr = std::shared_ptr<const QImage>;
-
 // The MuPDF calls that can fail, kept apart from C++ objects: fz_try
 // unwinds with longjmp, which must not cross a C++ destructor.
-fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index)
+fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index, fz_cookie* cookie)
 {
     fz_display_list* list = nullptr;
     fz_page* page = nullptr;
+    fz_device* dev = nullptr;
     fz_var(list);
     fz_var(page);
-    fz_try(ctx)
-    {
-        page = fz_load_page(ctx, doc, index);
-        list = fz_new_display_list_from_page(ctx, page);
-    }
-    fz_always(ctx) fz_drop_page(ctx, page);
-    fz_catch(ctx) list = nullptr;
-    return list;
-}
-
-fz_pixmap* drawList(fz_context* ctx, fz_display_list* list, fz_matrix ctm, int w, int h)
-{
-    fz_pixmap* pix = nullptr;
-    fz_device* dev = nullptr;
-    fz_var(pix);
     fz_var(dev);
     fz_try(ctx)
     {
-        pix = fz_new_pixmap(ctx, fz_device_rgb(ctx), w, h, nullptr, 0);
-        fz_clear_pixmap_with_value(ctx, pix, 0xFF);
-        dev = fz_new_draw_device(ctx, fz_identity, pix);
-        fz_run_display_list(ctx, list, dev, ctm, fz_infinite_rect, nullptr);
+        page = fz_load_page(ctx, doc, index);
+        list = fz_new_display_list(ctx, fz_bound_page(ctx, page));
+        dev = fz_new_list_device(ctx, list);
+        fz_run_page(ctx, page, dev, fz_identity, cookie);
         fz_close_device(ctx, dev);
     }
-    fz_always(ctx) fz_drop_device(ctx, dev);
+    fz_always(ctx)
+    {
+        fz_drop_device(ctx, dev);
+        fz_drop_page(ctx, page);
+    }
     fz_catch(ctx)
     {
-        fz_drop_pixmap(ctx, pix);
-        pix = nullptr;
+        fz_drop_display_list(ctx, list);
+        list = nullptr;
     }
-    return pix;
+    if (list && cookie->abort) {
+        // Cut short: not the whole page.
+        fz_drop_display_list(ctx, list);
+        list = nullptr;
+    }
+    return list;
+}
+
+// Draws straight into `bits`: B, G, R, A bytes, which is what
+// QImage::Format_ARGB32_Premultiplied holds on this platform, so the picture
+// needs no conversion afterwards.
+bool drawList(fz_context* ctx, fz_display_list* list, fz_matrix ctm, int w, int h, int stride, unsigned char* bits,
+              fz_cookie* cookie)
+{
+    fz_pixmap* pix = nullptr;
+    fz_device* dev = nullptr;
+    bool ok = false;
+    fz_var(pix);
+    fz_var(dev);
+    fz_var(ok);
+    fz_try(ctx)
+    {
+        pix = fz_new_pixmap_with_data(ctx, fz_device_bgr(ctx), w, h, nullptr, 1, stride, bits);
+        fz_clear_pixmap_with_value(ctx, pix, 0xFF);
+        dev = fz_new_draw_device(ctx, fz_identity, pix);
+        fz_run_display_list(ctx, list, dev, ctm, fz_infinite_rect, cookie);
+        fz_close_device(ctx, dev);
+        ok = !cookie->abort;
+    }
+    fz_always(ctx)
+    {
+        fz_drop_device(ctx, dev);
+        fz_drop_pixmap(ctx, pix);
+    }
+    fz_catch(ctx) ok = false;
+    return ok;
 }
 
 // Opens a PDF by its content; on failure returns null and copies the reason.
@@ -187,49 +285,95 @@ bool pageBounds(fz_context* ctx, fz_document* doc, int index, fz_rect* out)
     return ok;
 }
 
+std::atomic<std::uint64_t> nextDocumentId{1};
+
 struct DocState {
     std::shared_ptr<MuPdfEngine::Base> base;
+    std::uint64_t id = nextDocumentId++;
     QString path;
-    // Guards the document itself: pages are loaded and listed one at a time.
+    QByteArray nativePath;
+    // Measured once at open and kept for the life of the document.
+    std::vector<fz_rect> bounds;
+    std::atomic<bool> near{true};
+    std::atomic<std::uint64_t> lastUse{0};
+
+    // Guards the parsed file and its lists: pages are loaded and listed one
+    // at a time.
     std::mutex documentMutex;
     fz_document* document = nullptr;
-    std::vector<fz_rect> bounds;
-    std::map<int, fz_display_list*> lists;
-
-    // Rendered images, most recent first, at most `keepRecent` of each box
-    // size and `keepTotal` in all, and renders in flight.
-    std::mutex cacheMutex;
-    std::list<std::pair<RenderKey, ImagePtr>> recent;
-    std::map<RenderKey, std::shared_future<ImagePtr>> inFlight;
-    static constexpr std::size_t keepRecent = 8;
-    static constexpr std::size_t keepTotal = 3 * keepRecent;
+    std::list<std::pair<int, fz_display_list*>> lists;  // most recent first
 
     ~DocState()
     {
+        base->forget(id);
         LocalContext local(base->context);
-        fz_context* ctx = local.get();
-        if (!ctx)
-            return;
-        for (auto& [index, list] : lists)
-            fz_drop_display_list(ctx, list);
-        if (document)
-            fz_drop_document(ctx, document);
+        if (fz_context* ctx = local.get())
+            dropParsed(ctx);
     }
 
-    // The page's display list, built once; the caller owns one reference.
-    fz_display_list* displayList(fz_context* ctx, int index)
+    // Called with `documentMutex` held (or from the destructor).
+    void dropParsed(fz_context* ctx)
+    {
+        for (auto& [index, list] : lists)
+            fz_drop_display_list(ctx, list);
+        base->lists -= int(lists.size());
+        lists.clear();
+        if (document) {
+            fz_drop_document(ctx, document);
+            document = nullptr;
+            --base->parsed;
+        }
+    }
+
+    // The page's display list, parsing the file again if it was let go; the
+    // caller owns one reference.
+    fz_display_list* displayList(fz_context* ctx, int index, fz_cookie* cookie)
     {
         std::lock_guard guard(documentMutex);
-        if (auto it = lists.find(index); it != lists.end())
-            return fz_keep_display_list(ctx, it->second);
-        fz_display_list* list = loadList(ctx, document, index);
+        for (auto it = lists.begin(); it != lists.end(); ++it) {
+            if (it->first == index) {
+                lists.splice(lists.begin(), lists, it);
+                return fz_keep_display_list(ctx, it->second);
+            }
+        }
+        if (!document) {
+            char reason[256] = {};
+            document = openPdf(ctx, nativePath.constData(), reason, sizeof reason);
+            if (!document)
+                return nullptr;
+            ++base->parsed;
+        }
+        fz_display_list* list = loadList(ctx, document, index, cookie);
         if (!list)
             return nullptr;
-        lists[index] = list;
+        lists.emplace_front(index, list);
+        ++base->lists;
+        if (int(lists.size()) > MuPdfEngine::listsPerDocument) {
+            fz_drop_display_list(ctx, lists.back().second);
+            lists.pop_back();
+            --base->lists;
+        }
         return fz_keep_display_list(ctx, list);
     }
 
-    ImagePtr rasterise(int index, QSize box)
+    // Lets go of the parsed file and its lists unless a worker is using them
+    // (then a later trim does it). True when nothing parsed is left.
+    bool tryRelease(fz_context* ctx)
+    {
+        std::unique_lock guard(documentMutex, std::try_to_lock);
+        if (!guard.owns_lock())
+            return false;
+        dropParsed(ctx);
+        return true;
+    }
+
+    bool isParsed()
+    {
+        std::unique_lock guard(documentMutex, std::try_to_lock);
+        return !guard.owns_lock() || document != nullptr;
+    }
+
+    ImagePtr rasterise(int index, QSize box, fz_cookie* cookie)
     {
         if (index < 0 || index >= int(bounds.size()) || box.width() < 1 || box.height() < 1)
             return nullptr;
@@ -237,7 +381,7 @@ struct DocState {
         fz_context* ctx = local.get();
         if (!ctx)
             return nullptr;
-        fz_display_list* list = displayList(ctx, index);
+        fz_display_list* list = displayList(ctx, index, cookie);
         if (!list)
             return nullptr;
         const fz_rect r = bounds[std::size_t(index)];
@@ -253,76 +397,279 @@ struct DocState {
         // Scale each axis to the whole pixels so the page fills the image exactly.
         const fz_matrix ctm = fz_concat(fz_translate(-r.x0, -r.y0), fz_scale(float(w / pw), float(h / ph)));
 
-        fz_pixmap* pix = drawList(ctx, list, ctm, w, h);
+        auto image = std::make_shared<QImage>(w, h, QImage::Format_ARGB32_Premultiplied);
+        const bool ok = !image->isNull()
+            && drawList(ctx, list, ctm, w, h, int(image->bytesPerLine()), image->bits(), cookie);
         fz_drop_display_list(ctx, list);
-        if (!pix)
+        if (!ok)
             return nullptr;
-        const QImage wrapped(fz_pixmap_samples(ctx, pix), w, h, int(fz_pixmap_stride(ctx, pix)), QImage::Format_RGB888);
-        auto result = std::make_shared<const QImage>(wrapped.convertToFormat(QImage::Format_ARGB32_Premultiplied));
-        fz_drop_pixmap(ctx, pix);
-        return result;
-    }
-
-    // Returns the cached image, joins a render in flight, or renders here.
-    ImagePtr render(int index, QSize box)
-    {
-        const RenderKey key{index, box.width(), box.height()};
-        std::promise<ImagePtr> promise;
-        {
-            std::unique_lock guard(cacheMutex);
-            for (auto it = recent.begin(); it != recent.end(); ++it) {
-                if (it->first == key) {
-                    recent.splice(recent.begin(), recent, it);
-                    return recent.front().second;
-                }
-            }
-            if (auto it = inFlight.find(key); it != inFlight.end()) {
-                auto future = it->second;
-                guard.unlock();
-                return future.get();
-            }
-            inFlight.emplace(key, promise.get_future().share());
-        }
-        ImagePtr image = rasterise(index, box);
-        {
-            std::lock_guard guard(cacheMutex);
-            inFlight.erase(key);
-            if (image)
-                remember(key, image);
-        }
-        promise.set_value(image);
         return image;
     }
-
-    // Keeps the image as the newest of its box size. Each size has its own
-    // quota, so a run of thumbnails never pushes out the slide rendered ahead.
-    // Called with `cacheMutex` held.
-    void remember(const RenderKey& key, const ImagePtr& image)
-    {
-        recent.emplace_front(key, image);
-        const auto sameBox = [&](const auto& entry) {
-            return std::get<1>(entry.first) == std::get<1>(key) && std::get<2>(entry.first) == std::get<2>(key);
-        };
-        if (std::size_t(std::count_if(recent.begin(), recent.end(), sameBox)) > keepRecent) {
-            const auto oldest = std::find_if(recent.rbegin(), recent.rend(), sameBox);
-            recent.erase(std::next(oldest).base());
-        }
-        // Renders at many sizes (a window being resized) stay bounded too.
-        if (recent.size() > keepTotal)
-            recent.pop_back();
-    }
-
-    bool isCachedOrInFlight(const RenderKey& key)
-    {
-        std::lock_guard guard(cacheMutex);
-        if (inFlight.count(key))
-            return true;
-        for (const auto& [k, image] : recent)
-            if (k == key)
-                return true;
-        return false;
-    }
 };
+
+// One render asked for, shared by everyone who asks for the same picture.
+struct Waiter;
+struct Job {
+    std::shared_ptr<DocState> doc;
+    PictureKey key;
+    RenderUrgency urgency;
+    std::uint64_t order;
+    std::vector<std::shared_ptr<Waiter>> waiters;
+    fz_cookie cookie{};
+    bool running = false;
+};
+
+struct Waiter final : RenderTicket {
+    RenderDone done;
+    bool onMainThread = true;
+    bool cancelled = false;  // main thread only
+    std::weak_ptr<Job> job;
+    void cancel() override;
+};
+
+void deliver(const std::shared_ptr<Waiter>& waiter, const ImagePtr& image)
+{
+    if (!waiter->onMainThread) {
+        waiter->done(image);
+        return;
+    }
+    if (!waiter->done)
+        return;
+    QCoreApplication* app = QCoreApplication::instance();
+    if (!app)
+        return;
+    QMetaObject::invokeMethod(
+        app,
+        [waiter, image] {
+            if (!waiter->cancelled)
+                waiter->done(image);
+        },
+        Qt::QueuedConnection);
+}
+
+// The workers, shared by every engine of the process and never stopped:
+// lane 0 takes only renders the operator waits for, lane 1 takes those
+// first, then the rest by urgency and age.
+class Workers {
+public:
+    static Workers& instance()
+    {
+        static Workers* workers = new Workers;
+        return *workers;
+    }
+
+    RenderTicketPtr request(const std::shared_ptr<DocState>& doc, int index, QSize box, RenderUrgency urgency,
+                            RenderDone done, bool onMainThread)
+    {
+        auto waiter = std::make_shared<Waiter>();
+        waiter->done = std::move(done);
+        waiter->onMainThread = onMainThread;
+        const PictureKey key{doc->id, index, box.width(), box.height()};
+        doc->lastUse = ++clock_;
+        std::unique_lock guard(mutex_);
+        if (ImagePtr image = doc->base->cachedPicture(key)) {
+            guard.unlock();
+            deliver(waiter, image);
+            return waiter;
+        }
+        std::shared_ptr<Job> job = find(key);
+        if (!job) {
+            job = std::make_shared<Job>();
+            job->doc = doc;
+            job->key = key;
+            job->urgency = urgency;
+            job->order = ++clock_;
+            queued_.push_back(job);
+        } else if (urgency < job->urgency) {
+            job->urgency = urgency;
+        }
+        waiter->job = job;
+        job->waiters.push_back(waiter);
+        guard.unlock();
+        wake_.notify_all();
+        return waiter;
+    }
+
+    void cancel(Waiter& waiter)
+    {
+        waiter.cancelled = true;
+        std::shared_ptr<Job> dropped;  // released outside the lock
+        std::lock_guard guard(mutex_);
+        std::shared_ptr<Job> job = waiter.job.lock();
+        if (!job)
+            return;
+        std::erase_if(job->waiters, [&](const auto& w) { return w.get() == &waiter; });
+        if (!job->waiters.empty())
+            return;
+        if (!job->running) {
+            dropped = job;
+            std::erase(queued_, job);
+        } else if (job->urgency != RenderUrgency::shown) {
+            // Nobody wants it any more: stop the library mid-page.
+            job->cookie.abort = 1;
+        }
+    }
+
+    // Wakes a worker to let go of files that are no longer near.
+    void trimSoon()
+    {
+        {
+            std::lock_guard guard(mutex_);
+            trimWanted_ = true;
+        }
+        wake_.notify_all();
+    }
+
+    // At exit: nothing new starts, what runs is cut short and awaited, so no
+    // worker is still drawing while the process takes its libraries down.
+    void shutdown()
+    {
+        std::vector<std::shared_ptr<Job>> dropped;
+        std::unique_lock guard(mutex_);
+        stopping_ = true;
+        dropped.swap(queued_);
+        for (const auto& job : running_)
+            job->cookie.abort = 1;
+        wake_.notify_all();
+        idle_.wait_for(guard, std::chrono::seconds(2), [&] { return running_.empty(); });
+    }
+
+private:
+    Workers()
+    {
+        for (int lane = 0; lane < 2; ++lane)
+            std::thread([this, lane] { run(lane); }).detach();
+        std::atexit([] { instance().shutdown(); });
+    }
+
+    // A job for `key` that can still deliver; called with the lock held.
+    std::shared_ptr<Job> find(const PictureKey& key)
+    {
+        for (const auto& job : queued_)
+            if (job->key == key)
+                return job;
+        for (const auto& job : running_)
+            if (job->key == key && !job->cookie.abort)
+                return job;
+        return nullptr;
+    }
+
+    std::vector<std::shared_ptr<Job>>::iterator pick(int lane)
+    {
+        auto best = queued_.end();
+        for (auto it = queued_.begin(); it != queued_.end(); ++it) {
+            if (lane == 0 && (*it)->urgency != RenderUrgency::shown)
+                continue;
+            if (best == queued_.end() || (*it)->urgency < (*best)->urgency
+                || ((*it)->urgency == (*best)->urgency && (*it)->order < (*best)->order))
+                best = it;
+        }
+        return best;
+    }
+
+    void run(int lane)
+    {
+        for (;;) {
+            std::shared_ptr<Job> job;
+            bool trim = false;
+            {
+                std::unique_lock guard(mutex_);
+                wake_.wait(guard, [&] {
+                    return stopping_ || pick(lane) != queued_.end() || (lane == 1 && trimWanted_);
+                });
+                if (stopping_)
+                    return;
+                if (lane == 1 && trimWanted_) {
+                    trimWanted_ = false;
+                    trim = true;
+                } else {
+                    auto it = pick(lane);
+                    job = *it;
+                    queued_.erase(it);
+                    job->running = true;
+                    running_.push_back(job);
+                }
+            }
+            if (trim) {
+                trimDocuments();
+                continue;
+            }
+            ImagePtr image = job->doc->rasterise(job->key.index, QSize(job->key.width, job->key.height), &job->cookie);
+            std::vector<std::shared_ptr<Waiter>> waiters;
+            {
+                std::lock_guard guard(mutex_);
+                // Cached before the job leaves the running list, so a request
+                // in between finds one or the other.
+                if (image)
+                    job->doc->base->remember(job->key, image);
+                std::erase(running_, job);
+                waiters = std::move(job->waiters);
+                job->waiters.clear();
+                if (running_.empty())
+                    idle_.notify_all();
+            }
+            if (!job->cookie.abort)
+                for (const auto& waiter : waiters)
+                    deliver(waiter, image);
+            const bool far = !job->doc->near;
+            job.reset();
+            if (far)
+                trimDocuments();
+        }
+    }
+
+    // Parsed files beyond those near the operator and a few spare ones are
+    // let go, the least recently used first.
+    void trimDocuments()
+    {
+        std::vector<std::shared_ptr<DocState>> docs = allDocuments();
+        std::vector<std::shared_ptr<DocState>> far;
+        for (const auto& doc : docs)
+            if (!doc->near && doc->isParsed())
+                far.push_back(doc);
+        std::sort(far.begin(), far.end(), [](const auto& a, const auto& b) { return a->lastUse > b->lastUse; });
+        for (std::size_t i = MuPdfEngine::spareDocuments; i < far.size(); ++i) {
+            LocalContext local(far[i]->base->context);
+            if (fz_context* ctx = local.get())
+                far[i]->tryRelease(ctx);
+        }
+    }
+
+    std::vector<std::shared_ptr<DocState>> allDocuments();
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::condition_variable idle_;
+    bool stopping_ = false;
+    std::vector<std::shared_ptr<Job>> queued_;
+    std::vector<std::shared_ptr<Job>> running_;
+    bool trimWanted_ = false;
+    std::atomic<std::uint64_t> clock_{0};
+
+public:
+    // Every live document of every engine, for trimming.
+    std::mutex registryMutex;
+    std::vector<std::weak_ptr<DocState>> registry;
+};
+
+std::vector<std::shared_ptr<DocState>> Workers::allDocuments()
+{
+    std::vector<std::shared_ptr<DocState>> docs;
+    std::lock_guard guard(registryMutex);
+    std::erase_if(registry, [&](const std::weak_ptr<DocState>& weak) {
+        auto doc = weak.lock();
+        if (!doc)
+            return true;
+        docs.push_back(std::move(doc));
+        return false;
+    });
+    return docs;
+}
+
+void Waiter::cancel()
+{
+    Workers::instance().cancel(*this);
+}
 
 class MuPdfDocument final : public PdfDocument {
 public:
@@ -337,17 +684,50 @@ public:
         const fz_rect& r = state_->bounds[std::size_t(index)];
         return QSizeF(r.x1 - r.x0, r.y1 - r.y0);
     }
-    std::shared_ptr<const QImage> render(int index, QSize box) const override { return state_->render(index, box); }
-    void prefetch(int index, QSize box) const override
+    std::shared_ptr<const QImage> render(int index, QSize box) const override
     {
-        if (index < 0 || index >= pageCount() || state_->isCachedOrInFlight({index, box.width(), box.height()}))
+        if (!valid(index, box))
+            return nullptr;
+        auto promise = std::make_shared<std::promise<ImagePtr>>();
+        auto future = promise->get_future();
+        Workers::instance().request(
+            state_, index, box, RenderUrgency::shown, [promise](ImagePtr image) { promise->set_value(image); },
+            false);
+        return future.get();
+    }
+    std::shared_ptr<const QImage> cached(int index, QSize box) const override
+    {
+        if (!valid(index, box))
+            return nullptr;
+        return state_->base->cachedPicture({state_->id, index, box.width(), box.height()});
+    }
+    RenderTicketPtr request(int index, QSize box, RenderUrgency urgency, RenderDone done) const override
+    {
+        if (!valid(index, box)) {
+            // Nothing to draw: the answer still comes later, like any other.
+            auto waiter = std::make_shared<Waiter>();
+            waiter->done = std::move(done);
+            deliver(waiter, nullptr);
+            return waiter;
+        }
+        return Workers::instance().request(state_, index, box, urgency, std::move(done), true);
+    }
+    void setNear(bool near) const override
+    {
+        if (state_->near.exchange(near) == near)
             return;
-        // The worker keeps the document alive until it is done.
-        std::shared_ptr<DocState> state = state_;
-        aheadPool().start([state, index, box] { (void)state->render(index, box); });
+        if (!near) {
+            state_->base->forget(state_->id);
+            Workers::instance().trimSoon();
+        }
     }
 
 private:
+    bool valid(int index, QSize box) const
+    {
+        return index >= 0 && index < pageCount() && box.width() >= 1 && box.height() >= 1;
+    }
+
     std::shared_ptr<DocState> state_;
 };
 
@@ -359,6 +739,25 @@ MuPdfEngine::MuPdfEngine()
 }
 
 MuPdfEngine::~MuPdfEngine() = default;
+
+MuPdfEngine::Usage MuPdfEngine::usage() const
+{
+    Usage u;
+    {
+        std::lock_guard guard(base_->mutex);
+        u.pictures = int(base_->pictures.size());
+        u.slideBytes = base_->slideBytes;
+        u.thumbnailBytes = base_->thumbnailBytes;
+    }
+    u.lists = base_->lists;
+    u.parsedDocuments = base_->parsed;
+    auto& workers = Workers::instance();
+    std::lock_guard guard(workers.registryMutex);
+    for (const auto& weak : workers.registry)
+        if (auto doc = weak.lock(); doc && doc->base == base_ && doc->near)
+            ++u.nearDocuments;
+    return u;
+}
 
 std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path)
 {
@@ -376,16 +775,17 @@ std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path
     auto state = std::make_shared<DocState>();
     state->base = base_;
     state->path = path;
+    state->nativePath = QFile::encodeName(path);
     LocalContext local(base_->context);
     fz_context* ctx = local.get();
     if (!ctx)
         return PdfOpenError{QStringLiteral("The PDF engine could not start.")};
 
     char reason[256] = {};
-    const QByteArray native = QFile::encodeName(path);
-    state->document = openPdf(ctx, native.constData(), reason, sizeof reason);
+    state->document = openPdf(ctx, state->nativePath.constData(), reason, sizeof reason);
     if (!state->document)
         return PdfOpenError{reason[0] ? QString::fromUtf8(reason) : QStringLiteral("The file is not a readable PDF.")};
+    ++base_->parsed;
     const int count = pageCountOf(ctx, state->document);
     state->bounds.reserve(std::size_t(count));
     for (int i = 0; i < count; ++i) {
@@ -397,5 +797,10 @@ std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path
     }
     if (state->bounds.empty())
         return PdfOpenError{QStringLiteral("The PDF has no pages.")};
+    {
+        auto& workers = Workers::instance();
+        std::lock_guard guard(workers.registryMutex);
+        workers.registry.push_back(state);
+    }
     return PdfDocumentPtr(std::make_shared<MuPdfDocument>(std::move(state)));
 }

@@ -2,49 +2,11 @@
 #include "l10n/L10n.h"
 #include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
+#include "support/GatedEngine.h"
 #include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
-
-namespace {
-
-// The real engine, counting the thumbnail renders of its documents.
-class CountingEngine final : public PdfEngine {
-public:
-    int thumbnailRenders = 0;
-
-    std::variant<PdfDocumentPtr, PdfOpenError> open(const QString& path) override
-    {
-        auto opened = engine_.open(path);
-        if (auto* doc = std::get_if<PdfDocumentPtr>(&opened))
-            return PdfDocumentPtr(std::make_shared<Document>(*doc, thumbnailRenders));
-        return opened;
-    }
-
-private:
-    class Document final : public PdfDocument {
-    public:
-        Document(PdfDocumentPtr inner, int& count) : inner_(std::move(inner)), count_(count) {}
-        QString path() const override { return inner_->path(); }
-        int pageCount() const override { return inner_->pageCount(); }
-        QSizeF pageSize(int index) const override { return inner_->pageSize(index); }
-        std::shared_ptr<const QImage> render(int index, QSize box) const override
-        {
-            if (box == QSize(320, 320))
-                ++count_;
-            return inner_->render(index, box);
-        }
-
-    private:
-        PdfDocumentPtr inner_;
-        int& count_;
-    };
-
-    MuPdfEngine engine_;
-};
-
-}
 
 class PlaylistTest : public QObject {
     Q_OBJECT
@@ -75,6 +37,7 @@ private slots:
         TestPdf::writeNotPdf(broken);
         const QString c = folder.pdf("c.pdf", 2);
         model.replacePlaylist({a, broken, c});
+        QVERIFY(slidesSettled(model));
         QCOMPARE(titles(model), (QStringList{"a", "c"}));
         QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
         QCOMPARE(platform.dialogs->alerts[0].title, L10n::t("alert.pdf_open"));
@@ -237,6 +200,7 @@ private slots:
         auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4)});
         model.goToPage(2);
+        QVERIFY(slidesSettled(model));
         platform.scheduler->runAll();
         // Selecting the current entry does nothing: no reload, no fade.
         model.selectPlaylistItem(model.playlist()[0].id);
@@ -244,6 +208,7 @@ private slots:
         QCOMPARE(model.transitionProgress(), 1.0);
         model.selectPlaylistItem(model.playlist()[1].id);
         QCOMPARE(position(model), "1:0/4");
+        QVERIFY(slidesSettled(model));
         // The fade starts from the page the output showed in the old file.
         QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
@@ -274,7 +239,9 @@ private slots:
         const QString a = folder.pdf("a.pdf", 3);
         model.replacePlaylist({a, folder.pdf("b.pdf", 2)});
         const auto firstDocument = model.document();
+        QVERIFY(slidesSettled(model));
         model.goToNextSlide();  // a fade is running
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 0.0);
         model.toggleFreeze();
         model.goToNextSlide();
@@ -375,32 +342,40 @@ private slots:
 
     void thumbnailsArriveInOrderInBatchesOfSix()
     {
-        auto&& [folder, platform, model] = ModelWithFolder();
+        // The workers answer newest first; the strip still fills in page order.
+        TestFolder folder;
+        auto&& [platform, gate, model] = ModelOnEngine<GatedEngine>();
         model.replacePlaylist({folder.pdf("twenty.pdf", 20, TestPdf::standard)});
         QVERIFY(model.thumbnails().empty());  // nothing rendered inside the load
-        std::vector<std::size_t> sizes;
-        while (platform.scheduler->queued() > 0 && sizes.size() < 10) {
+        QCOMPARE(gate->waiting(true), 0);     // nor asked for
+        for (const int batch : {6, 12, 18, 20}) {
+            platform.scheduler->runNext();  // the model's turn: it stores what came and asks for more
+            gate->release(true);
+            QTRY_COMPARE(static_cast<int>(model.thumbnails().size()), batch);
+            int expected = 0;
+            for (const auto& [index, image] : model.thumbnails())
+                QCOMPARE(index, expected++);
             // One batch at a time: each gives way to other work before the next.
-            QCOMPARE(platform.scheduler->queued(), std::size_t(1));
-            platform.scheduler->runNext();
-            sizes.push_back(model.thumbnails().size());
+            QCOMPARE(platform.scheduler->queued(), std::size_t(batch < 20 ? 1 : 0));
         }
-        QCOMPARE(sizes, (std::vector<std::size_t>{6, 12, 18, 20}));
-        int expected = 0;
         for (const auto& [index, image] : model.thumbnails()) {
-            QCOMPARE(index, expected++);
             QCOMPARE(image->size(), QSize(320, 240));
+            QCOMPARE(TestPdf::pageShown(image), index);
         }
     }
 
     void newSetCancelsTheOldRender()
     {
-        auto&& [folder, platform, model] = ModelWithFolder();
+        TestFolder folder;
+        auto&& [platform, gate, model] = ModelOnEngine<GatedEngine>();
         model.replacePlaylist({folder.pdf("a.pdf", 20)});
-        platform.scheduler->runNext();
-        QCOMPARE(model.thumbnails().size(), std::size_t(6));
+        platform.scheduler->runPending();
+        QVERIFY(gate->waiting(true) > 0);
         model.replacePlaylist({folder.pdf("b.pdf", 3, TestPdf::standard)});
-        platform.scheduler->runAll();
+        QCOMPARE(gate->waiting(true), 0);  // the old file's are cancelled
+        gate->letThrough = true;
+        gate->release();
+        QVERIFY(thumbnailsDone(model, *platform.scheduler));
         QCOMPARE(model.thumbnails().size(), std::size_t(3));
         QCOMPARE(model.thumbnails().at(0)->size(), QSize(320, 240));
     }
@@ -410,25 +385,28 @@ private slots:
         TestFolder folder;
         const QString deck = folder.pdf("a.pdf", 20);
         FakePlatform platform;
-        auto engine = std::make_shared<CountingEngine>();
+        auto gate = std::make_shared<GatedEngine>();
         PlatformServices services = platform.services();
-        services.pdf = engine;
+        services.pdf = gate;
         {
             // Gone before the render began: it never starts.
             AppModel model(services);
             model.replacePlaylist({deck});
         }
         platform.scheduler->runAll();
-        QCOMPARE(engine->thumbnailRenders, 0);
+        QCOMPARE(gate->waiting(true), 0);
         {
-            // Gone after the first batch: the rest is never drawn.
+            // Gone while its thumbnails are asked for: they are called off.
             AppModel model(services);
             model.replacePlaylist({deck});
-            platform.scheduler->runNext();
-            QCOMPARE(engine->thumbnailRenders, 6);
+            platform.scheduler->runPending();
+            QVERIFY(gate->waiting(true) > 0);
         }
+        QCOMPARE(gate->waiting(true), 0);
+        QCOMPARE(gate->waiting(false), 0);
+        gate->release();
         platform.scheduler->runAll();
-        QCOMPARE(engine->thumbnailRenders, 6);
+        QCoreApplication::processEvents();
         QCOMPARE(platform.scheduler->queued(), std::size_t(0));
     }
 };

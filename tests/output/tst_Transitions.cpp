@@ -50,11 +50,13 @@ private slots:
     {
         auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
         model.transitionStyle.set(TransitionStyle::none);
         ProgressLog log(model);
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         platform.scheduler->advance(1);
         QVERIFY(log.values.empty());
         QVERIFY(!model.outgoingSlideImage());
@@ -65,14 +67,17 @@ private slots:
     {
         auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
+        QVERIFY(slidesSettled(model));
         model.transitionDuration.set(0.04);
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
 
         // Just above the cut: a fade of the 0.12 s floor.
         model.transitionDuration.set(0.05);
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 0.0);
         QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 1);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 2);
@@ -87,9 +92,11 @@ private slots:
     {
         auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
+        QVERIFY(slidesSettled(model));
         ProgressLog log(model);
         const double start = platform.scheduler->now();
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         platform.scheduler->runAll();
         QVERIFY(platform.scheduler->now() - start >= 0.45);
         QVERIFY(platform.scheduler->now() - start < 0.47);
@@ -109,12 +116,16 @@ private slots:
     {
         auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
+        QVERIFY(slidesSettled(model));
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         platform.scheduler->advance(0.1);
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         platform.scheduler->advance(0.1);
         QVERIFY(model.transitionProgress() < 0.5);
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 0.0);
         QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 3);
@@ -142,7 +153,9 @@ private slots:
         QFETCH(QString, cut);
         auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten, three});
+        QVERIFY(slidesSettled(model));
         model.goToNextSlide();
+        QVERIFY(slidesSettled(model));
         platform.scheduler->advance(0.1);
         QVERIFY(model.transitionProgress() < 1.0);
         QVERIFY(model.outgoingSlideImage());
@@ -158,6 +171,7 @@ private slots:
         } else {
             model.closeDocument();
         }
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
         ProgressLog log(model);
@@ -173,12 +187,17 @@ private slots:
     {
         auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
+        QVERIFY(slidesSettled(model));
         model.goToPage(2);
+        QVERIFY(slidesSettled(model));
         platform.scheduler->runAll();
         model.toggleFreeze();
+        QVERIFY(slidesSettled(model));
         model.goToPage(6);
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);  // frozen: no fade
         model.toggleFreeze();
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 0.0);
         QCOMPARE(TestPdf::pageShown(model.outgoingSlideImage()), 2);
         QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 6);
@@ -186,7 +205,9 @@ private slots:
 
         // Unfreezing on the held page changes nothing.
         model.toggleFreeze();
+        QVERIFY(slidesSettled(model));
         model.toggleFreeze();
+        QVERIFY(slidesSettled(model));
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
     }

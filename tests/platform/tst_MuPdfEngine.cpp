@@ -5,9 +5,13 @@
 
 #include <sys/stat.h>
 
+#include <QThread>
+
+#include <map>
 #include <thread>
 
 using TestPdf::near;
+using ImagePtr = std::shared_ptr<const QImage>;
 
 namespace {
 PdfDocumentPtr openOk(MuPdfEngine& engine, const QString& path)
@@ -114,42 +118,105 @@ private slots:
         }
     }
 
-    void aheadRenderIsReusedAndSafe()
+    void requestsAnswerOnTheMainThreadAndCancelledOnesNever()
     {
-        auto doc = openOk(engine, folder.pdf("ahead.pdf", 4));
-        doc->prefetch(2, QSize(640, 360));
-        auto first = doc->render(2, QSize(640, 360));
-        QVERIFY(first);
-        QCOMPARE(doc->render(2, QSize(640, 360)), first);  // the same image object
-        // Dropping a document while its ahead-render runs must be harmless.
+        auto doc = openOk(engine, folder.pdf("ask.pdf", 4));
+        const QSize box(640, 360);
+        std::map<int, ImagePtr> got;
+        std::vector<Qt::HANDLE> threads;
+        std::vector<RenderTicketPtr> tickets;
+        for (int i = 0; i < 4; ++i)
+            tickets.push_back(doc->request(i, box, RenderUrgency::ahead, [&, i](ImagePtr image) {
+                got[i] = image;
+                threads.push_back(QThread::currentThreadId());
+            }));
+        tickets[3]->cancel();
+        bool missing = false;
+        auto outOfRange = doc->request(9, box, RenderUrgency::shown, [&](ImagePtr image) { missing = !image; });
+        QVERIFY(got.empty());  // never inside the call
+        QTRY_COMPARE(got.size(), std::size_t(3));
+        QTRY_VERIFY(missing);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(TestPdf::pageShown(got[i]), i);
+        QVERIFY(std::all_of(threads.begin(), threads.end(), [&](auto t) { return t == QThread::currentThreadId(); }));
+        // What was rendered is found at once, the same object, without work.
+        QCOMPARE(doc->cached(1, box), got[1]);
+        QCOMPARE(doc->render(1, box), got[1]);
+        QVERIFY(!doc->cached(1, QSize(641, 360)));
+        QCoreApplication::processEvents();
+        QVERIFY(!got.count(3));
+        // Dropping documents while their renders run must be harmless.
         for (int i = 0; i < 5; ++i) {
-            auto temp = openOk(engine, folder.file("ahead.pdf"));
-            temp->prefetch(i % 4, QSize(1920, 1080));
+            auto temp = openOk(engine, folder.file("ask.pdf"));
+            temp->request(i % 4, QSize(1920, 1080), RenderUrgency::ahead, {});
         }
     }
 
-    void thumbnailsDoNotPushOutTheAheadRender()
+    void theSlideWaitedForOvertakesRendersAhead()
     {
-        // Loading a deck renders the slide after the current one ahead and
-        // then every thumbnail; the next press must still find that slide.
-        auto doc = openOk(engine, folder.pdf("deck.pdf", 20));
-        const QSize slide(1920, 1080);
-        doc->prefetch(1, slide);
-        const auto ahead = doc->render(1, slide);
-        QVERIFY(ahead);
-        for (int i = 0; i < doc->pageCount(); ++i)
-            QVERIFY(doc->render(i, QSize(320, 320)));
-        QCOMPARE(doc->render(1, slide), ahead);
+        auto doc = openOk(engine, folder.pdf("busy.pdf", 24));
+        const QSize box(1920, 1080);
+        int aheadDone = 0;
+        int aheadDoneWhenShown = -1;
+        std::vector<RenderTicketPtr> tickets;
+        for (int i = 1; i < 24; ++i)
+            tickets.push_back(doc->request(i, box, RenderUrgency::ahead, [&](ImagePtr) { ++aheadDone; }));
+        for (int i = 0; i < 24; ++i)
+            tickets.push_back(doc->request(i, QSize(320, 320), RenderUrgency::thumbnail, {}));
+        auto shown = doc->request(0, box, RenderUrgency::shown, [&](ImagePtr image) {
+            QVERIFY(image);
+            aheadDoneWhenShown = aheadDone;
+        });
+        QTRY_VERIFY_WITH_TIMEOUT(aheadDoneWhenShown >= 0, 20000);
+        // Its own worker takes it at once, whatever waits in the queue.
+        QVERIFY2(aheadDoneWhenShown < 12, qPrintable(QString::number(aheadDoneWhenShown)));
+        for (auto& ticket : tickets)
+            ticket->cancel();
     }
 
-    void rendersAtManySizesDoNotPileUp()
+    void farFilesLetGoAndComeBack()
     {
+        MuPdfEngine own;
+        const QSize box(480, 270);
+        std::vector<PdfDocumentPtr> docs;
+        for (int i = 0; i < 6; ++i) {
+            docs.push_back(openOk(own, folder.pdf(QString("far%1.pdf").arg(i), 3)));
+            QVERIFY(docs.back()->render(1, box));
+        }
+        QCOMPARE(own.usage().parsedDocuments, 6);
+        for (int i = 1; i < 6; ++i)
+            docs[std::size_t(i)]->setNear(false);
+        QVERIFY(!docs[3]->cached(1, box));  // its pictures go at once
+        QVERIFY(docs[0]->cached(1, box));
+        QTRY_COMPARE(own.usage().parsedDocuments, 1 + MuPdfEngine::spareDocuments);
+        QCOMPARE(own.usage().nearDocuments, 1);
+        // A far file still draws, parsed again on a worker.
+        docs[1]->setNear(true);
+        ImagePtr again;
+        docs[1]->request(2, box, RenderUrgency::shown, [&](ImagePtr image) { again = image; });
+        QTRY_VERIFY(again);
+        QCOMPARE(TestPdf::pageShown(again), 2);
+    }
+
+    void picturesAndListsStayWithinTheirCaps()
+    {
+        MuPdfEngine own;
+        auto doc = openOk(own, folder.pdf("caps.pdf", 30));
+        const QSize slide(1920, 1080);
+        const auto kept = doc->render(1, slide);
         // A window resized live asks for a new size at every step.
-        auto doc = openOk(engine, folder.pdf("sizes.pdf", 1));
-        const auto first = doc->render(0, QSize(100, 100));
-        for (int width = 101; width < 141; ++width)
-            QVERIFY(doc->render(0, QSize(width, 100)));
-        QVERIFY(doc->render(0, QSize(100, 100)) != first);
+        const auto first = doc->render(0, slide);
+        for (int width = 1900; width < 1920; ++width)
+            QVERIFY(doc->render(0, QSize(width, 1080)));
+        for (int i = 0; i < doc->pageCount(); ++i)
+            QVERIFY(doc->render(i, QSize(320, 320)));
+        const auto usage = own.usage();
+        QVERIFY(usage.slideBytes <= MuPdfEngine::slideBudget);
+        QVERIFY(usage.thumbnailBytes <= MuPdfEngine::thumbnailBudget);
+        QVERIFY(usage.lists <= MuPdfEngine::listsPerDocument);
+        QVERIFY(!doc->cached(0, slide));  // the oldest slide went first
+        QVERIFY(doc->cached(19, QSize(320, 320)));
+        QVERIFY(first && kept);
     }
 
     void rendersFromTwoThreadsAtOnce()

@@ -231,6 +231,7 @@ private slots:
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
         model.goToPage(4);
+        QVERIFY(slidesSettled(model));
         const QString slide5 = model.pageKey();
         QVERIFY(slide3 != slide5);
         model.setTool(StageTool::frame);

@@ -65,6 +65,7 @@ private slots:
         // left, and input there lands on the slide's own edges.
         auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("four-three.pdf", 2, TestPdf::standard)});
+        QVERIFY(slidesSettled(model));
         StageCanvas canvas(model);
         canvas.resize(480, 270);
         QCoreApplication::processEvents();

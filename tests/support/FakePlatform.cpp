@@ -42,11 +42,13 @@ public:
         log_->push_back({real_->path(), index, box, false});
         return real_->render(index, box);
     }
-    void prefetch(int index, QSize box) const override
+    std::shared_ptr<const QImage> cached(int index, QSize box) const override { return real_->cached(index, box); }
+    RenderTicketPtr request(int index, QSize box, RenderUrgency urgency, RenderDone done) const override
     {
-        log_->push_back({real_->path(), index, box, true});
-        real_->prefetch(index, box);
+        log_->push_back({real_->path(), index, box, urgency != RenderUrgency::shown});
+        return real_->request(index, box, urgency, std::move(done));
     }
+    void setNear(bool near) const override { real_->setNear(near); }
 
 private:
     PdfDocumentPtr real_;

@@ -203,7 +203,7 @@ public:
         QString path;
         int index = 0;
         QSize box;
-        bool ahead = false;  // a prefetch hint rather than a render
+        bool ahead = false;  // asked for ahead, not for the stage or the output
     };
     std::shared_ptr<std::vector<Request>> requests = std::make_shared<std::vector<Request>>();
 

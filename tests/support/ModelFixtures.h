@@ -4,9 +4,11 @@
 #include "support/FakePlatform.h"
 #include "support/TestPdf.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QStringList>
+#include <QTest>
 
 // The two setups model tests start from, unpacked in one line:
 //     auto&& [platform, model] = ModelOnFakes();
@@ -16,6 +18,19 @@
 struct ModelOnFakes {
     FakePlatform platform;
     AppModel model{platform.services()};
+};
+
+// A model on fake platform services and an engine the test holds (a double
+// or a real engine whose counters it reads).
+template <typename Engine>
+struct ModelOnEngine {
+    FakePlatform platform;
+    std::shared_ptr<Engine> engine = std::make_shared<Engine>();
+    AppModel model{[this] {
+        PlatformServices services = platform.services();
+        services.pdf = engine;
+        return services;
+    }()};
 };
 
 // The same, with a temporary folder to write PDFs and shows into.
@@ -73,4 +88,23 @@ const auto& marksOn(const ByPage& byPage, const QString& key)
     static const typename std::decay_t<decltype(byPage.peek())>::mapped_type none;
     const auto it = byPage.peek().find(key);
     return it == byPage.peek().end() ? none : it->second;
+}
+
+// Runs the main loop until the slides the last move asked the engine's
+// workers for have reached the stage and the output.
+inline bool slidesSettled(const AppModel& model)
+{
+    return QTest::qWaitFor([&] { return !model.isAwaitingSlide(); }, 20000);
+}
+
+// Runs the thumbnail pass to its end: the workers' answers and the model's
+// turns on the fake scheduler.
+inline bool thumbnailsDone(AppModel& model, FakeScheduler& scheduler)
+{
+    return QTest::qWaitFor(
+        [&] {
+            scheduler.runPending();
+            return static_cast<int>(model.thumbnails().size()) >= model.pageCount();
+        },
+        20000);
 }
