@@ -6,7 +6,6 @@
 #include "ui/console/PagePreview.h"
 
 #include <QLabel>
-#include <QTimer>
 #include <QVBoxLayout>
 
 NextSlideSection::NextSlideSection(AppModel& model, QWidget* parent)
@@ -36,6 +35,9 @@ void NextSlideSection::refresh()
     caption_->setText(label.value_or(QString()));
     caption_->setVisible(label.has_value());
     ++generation_;
+    if (pending_)
+        pending_->cancel();
+    pending_.reset();
     if (!page) {
         preview_->show(nullptr, L10n::t(QStringLiteral("set.end")));
         return;
@@ -49,12 +51,23 @@ void NextSlideSection::refresh()
             return;
         }
     }
-    // The next file's first page, or a thumbnail not yet made: rendered at
-    // the preview's size once the stage has painted.
-    QTimer::singleShot(0, this, [this, target = *page, wanted = generation_] {
-        if (wanted != generation_)
-            return;
-        const QSize box = (QSizeF(preview_->size()) * preview_->devicePixelRatioF()).toSize();
-        preview_->show(target.document->render(target.index, box), QString());
-    });
+    // The next file's first page, or a thumbnail not yet made: asked of the
+    // engine's workers at the preview's size, so the console never waits on
+    // a render; a later page change cancels it.
+    const QSize box = (QSizeF(preview_->size()) * preview_->devicePixelRatioF()).toSize();
+    if (auto ready = page->document->cached(page->index, box)) {
+        preview_->show(ready, QString());
+        return;
+    }
+    pending_ = page->document->request(page->index, box, RenderUrgency::thumbnail,
+                                       [this, wanted = generation_](std::shared_ptr<const QImage> image) {
+                                           if (wanted == generation_)
+                                               preview_->show(image, QString());
+                                       });
+}
+
+NextSlideSection::~NextSlideSection()
+{
+    if (pending_)
+        pending_->cancel();
 }

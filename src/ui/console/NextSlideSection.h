@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/PdfEngine.h"
 #include "ui/console/ConsolePart.h"
 
 class PagePreview;
@@ -12,6 +13,7 @@ class NextSlideSection : public ConsolePart {
 
 public:
     explicit NextSlideSection(AppModel& model, QWidget* parent = nullptr);
+    ~NextSlideSection() override;
 
 protected:
     void refresh() override;
@@ -19,5 +21,6 @@ protected:
 private:
     PagePreview* preview_;
     QLabel* caption_;
-    int generation_ = 0;  // a deferred render for an older page is dropped
+    int generation_ = 0;  // an answer for an older page is dropped
+    RenderTicketPtr pending_;
 };
