@@ -165,6 +165,12 @@ const StringPair germanStrings[] = {
     {"alert.pdf_missing", "Einige PDFs wurden nicht gefunden"},
     {"alert.show_save", "Die Show konnte nicht gespeichert werden"},
     {"alert.pdf_open", "PDF konnte nicht geöffnet werden"},
+    {"error.no_space", "Auf dem Datenträger ist nicht genügend Platz."},
+    {"error.no_permission", "Sie haben keine Schreibberechtigung für diesen Ort."},
+    {"error.read_only", "Der Datenträger ist schreibgeschützt."},
+    {"pdf.error.password", "Das PDF ist durch ein Passwort geschützt."},
+    {"pdf.error.damaged", "Die Datei ist beschädigt."},
+    {"pdf.error.not_pdf", "Die Datei ist kein PDF."},
     {"save.set", "Set speichern"},
 };
 

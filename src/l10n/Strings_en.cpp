@@ -166,6 +166,12 @@ const StringPair englishStrings[] = {
     {"alert.pdf_missing", "Some PDFs were not found"},
     {"alert.show_save", "Couldn’t save the show"},
     {"alert.pdf_open", "Couldn’t open PDF"},
+    {"error.no_space", "There is not enough space on the disk."},
+    {"error.no_permission", "You don’t have permission to write here."},
+    {"error.read_only", "The disk is read-only."},
+    {"pdf.error.password", "The PDF is protected by a password."},
+    {"pdf.error.damaged", "The file is damaged."},
+    {"pdf.error.not_pdf", "The file is not a PDF."},
     {"save.set", "Save set"},
 };
 

@@ -165,6 +165,12 @@ const StringPair russianStrings[] = {
     {"alert.pdf_missing", "Некоторые PDF не найдены"},
     {"alert.show_save", "Не удалось сохранить показ"},
     {"alert.pdf_open", "Не удалось открыть PDF"},
+    {"error.no_space", "На диске недостаточно места."},
+    {"error.no_permission", "Нет прав на запись в эту папку."},
+    {"error.read_only", "Диск доступен только для чтения."},
+    {"pdf.error.password", "PDF защищён паролем."},
+    {"pdf.error.damaged", "Файл повреждён."},
+    {"pdf.error.not_pdf", "Файл не является PDF."},
     {"save.set", "Сохранить сет"},
 };
 

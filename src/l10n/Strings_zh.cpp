@@ -165,6 +165,12 @@ const StringPair chineseStrings[] = {
     {"alert.pdf_missing", "部分 PDF 未找到"},
     {"alert.show_save", "无法保存演出"},
     {"alert.pdf_open", "无法打开 PDF"},
+    {"error.no_space", "磁盘空间不足。"},
+    {"error.no_permission", "您没有在此处写入的权限。"},
+    {"error.read_only", "磁盘为只读。"},
+    {"pdf.error.password", "此 PDF 受密码保护。"},
+    {"pdf.error.damaged", "文件已损坏。"},
+    {"pdf.error.not_pdf", "此文件不是 PDF。"},
     {"save.set", "保存套曲"},
 };
 
