@@ -78,12 +78,12 @@ QString openRootTag(QString tag, const QXmlStreamNamespaceDeclarations& declared
         {"bookmark", "http://www.freedesktop.org/standards/desktop-bookmarks"},
         {"mime", "http://www.freedesktop.org/standards/shared-mime-info"},
     };
-    for (const auto& [prefix, uri] : namespaces) {
-        const bool present = std::any_of(declared.begin(), declared.end(), [&](const QXmlStreamNamespaceDeclaration& d) {
-            return d.prefix() == QLatin1StringView(prefix);
-        });
+    for (const auto& name : namespaces) {
+        const QLatin1StringView prefix(name.first);
+        const bool present = std::any_of(declared.begin(), declared.end(),
+                                         [&](const QXmlStreamNamespaceDeclaration& d) { return d.prefix() == prefix; });
         if (!present)
-            tag += QStringLiteral("\n      xmlns:%1=\"%2\"").arg(QLatin1StringView(prefix), QLatin1StringView(uri));
+            tag += QStringLiteral("\n      xmlns:%1=\"%2\"").arg(prefix, QLatin1StringView(name.second));
     }
     return tag + u'>';
 }
