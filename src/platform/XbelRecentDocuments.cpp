@@ -62,7 +62,12 @@ struct Store {
     QString rootName = QStringLiteral("xbel");
     std::vector<Entry> entries;
     bool damaged = false;
+    // Larger than any store the desktop writes: not read, and never
+    // rewritten, since what it holds could not be kept.
+    bool tooLarge = false;
 };
+
+constexpr qint64 maxStoreBytes = 64 << 20;
 
 // The root's own start tag, kept so that the namespace prefixes other
 // programs' entries use stay declared; ours are added when the root does not
@@ -96,6 +101,10 @@ Store readStore(const QString& file)
     QFile f(file);
     if (!f.open(QIODevice::ReadOnly))
         return store;
+    if (f.size() > maxStoreBytes) {
+        store.damaged = store.tooLarge = true;
+        return store;
+    }
     const QString text = QString::fromUtf8(f.readAll());
     QXmlStreamReader xml(text);
     Entry current;
@@ -308,6 +317,8 @@ void XbelRecentDocuments::note(const QString& path)
 {
     const QString absolute = QFileInfo(path).absoluteFilePath();
     Store store = readForWriting(storePath_);
+    if (store.tooLarge)
+        return;
     auto& entries = store.entries;
     // Notes in quick succession must still sort in the order they were made.
     QDateTime now = QDateTime::currentDateTimeUtc();
@@ -356,6 +367,8 @@ QStringList XbelRecentDocuments::list() const
 void XbelRecentDocuments::clear()
 {
     Store store = readStore(storePath_);
+    if (store.tooLarge)
+        return;
     bool changed = store.damaged;
     std::erase_if(store.entries, [&](Entry& e) {
         if (!e.ours)

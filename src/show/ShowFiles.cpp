@@ -22,6 +22,7 @@
 namespace {
 
 const QString showExtension = QStringLiteral("brelvonic");
+constexpr qint64 maxShowBytes = 64 << 20;
 
 QString showNameFilter()
 {
@@ -194,6 +195,11 @@ void AppModel::openShow(const QString& path)
     QFile file(showPath);
     if (!QFileInfo(showPath).isFile() || !file.open(QIODevice::ReadOnly)) {
         alert("alert.show_read", fileName);
+        return;
+    }
+    // Far beyond any set: not read into memory, and not a show.
+    if (file.size() > maxShowBytes) {
+        alert("alert.show_corrupt", fileName);
         return;
     }
     const QByteArray bytes = file.readAll();

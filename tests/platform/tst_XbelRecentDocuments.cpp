@@ -2,6 +2,7 @@
 #include "support/SmallDisk.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -122,6 +123,17 @@ private slots:
         write(empty, "");
         XbelRecentDocuments blank(empty);
         QVERIFY(blank.list().isEmpty());
+
+        // Far larger than any store (sparse): neither read nor rewritten,
+        // since what it holds could not be kept.
+        QFile huge(dir.filePath("huge.xbel"));
+        QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(4) << 30));
+        huge.close();
+        XbelRecentDocuments tooLarge(huge.fileName());
+        tooLarge.note(dir.filePath("z.pdf"));
+        tooLarge.clear();
+        QVERIFY(tooLarge.list().isEmpty());
+        QCOMPARE(QFileInfo(huge.fileName()).size(), qint64(4) << 30);
 
         // Cut off in the middle of the second bookmark: the first is readable
         // and must survive the repair that the next write makes.

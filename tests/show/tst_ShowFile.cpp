@@ -251,9 +251,17 @@ private slots:
         done = true;
         writer.join();
 
+        // Far larger than any set (sparse, so it costs no disk): never
+        // read into memory.
+        QFile huge(s.file("huge.brelvonic"));
+        QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(4) << 30));
+        huge.close();
+        s.model.openShow(huge.fileName());
+
         QStringList expected;
         for (const char* name : {"gone", "folder", "pipe", "device"})
             expected << QString("Couldn’t read the show: %1.brelvonic").arg(name);
+        expected << "Damaged show file: huge.brelvonic";
         QCOMPARE(s.alerts(), expected);
         QVERIFY(s.model.playlist().empty());
     }
