@@ -14,6 +14,9 @@ packages=(
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
   # Benchmarks.
   libbenchmark-dev
+  # The clang build and the fuzzers (`make fuzz`): clang with libFuzzer and
+  # the sanitizer runtimes.
+  clang libclang-rt-14-dev llvm
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
