@@ -69,6 +69,24 @@ void screenFrame(benchmark::State& state)
     drawEach(state, busyState(sizeOf(state)), target, &buffer);
 }
 
+// The output window on a screen of pixel ratio 2: the sizes given are its
+// pixels, and the slides, rendered at that pixel size, still take the
+// one-pass blend.
+void screenFrameAtRatio2(benchmark::State& state)
+{
+    const QSize pixels = sizeOf(state);
+    QPixmap target(pixels);
+    target.setDevicePixelRatio(2);
+    QImage buffer;
+    const OutputFrameState s = busyState(pixels);
+    for (auto _ : state) {
+        QPainter painter(&target);
+        OutputCompositor::drawBuffered(s, painter, QSizeF(pixels) / 2, buffer);
+        painter.end();
+        benchmark::ClobberMemory();
+    }
+}
+
 // The painter alone on a window's surface, for comparison.
 void screenFrameUnbuffered(benchmark::State& state)
 {
@@ -108,6 +126,7 @@ void sizes(benchmark::internal::Benchmark* b)
 }
 
 BENCHMARK(screenFrame)->Apply(sizes);
+BENCHMARK(screenFrameAtRatio2)->Apply(sizes);
 BENCHMARK(publishedFrame)->Apply(sizes);
 BENCHMARK(screenFrameUnbuffered)->Args({2560, 1440})->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(part, slides, slides)->Args({2560, 1440})->Unit(benchmark::kMillisecond);

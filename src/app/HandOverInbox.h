@@ -14,6 +14,8 @@
 // them until control is back in the main loop and passes them on in the
 // order they came.
 class HandOverInbox : public QObject {
+    Q_OBJECT
+
 public:
     // `mainLoopLevel`: the event-loop depth of the program's main loop (1
     // under QApplication::exec).

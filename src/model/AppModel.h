@@ -4,11 +4,11 @@
 #include "l10n/AppLanguage.h"
 #include "model/Observation.h"
 #include "model/PlaylistEntry.h"
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 #include "platform/PdfEngine.h"
 #include "platform/PlatformServices.h"
 #include "platform/Scheduler.h"
-#include "stage/AnnotationTypes.h"
+#include "model/AnnotationTypes.h"
 
 #include <QPointF>
 #include <QRectF>
@@ -23,6 +23,7 @@
 #include <vector>
 
 struct SavedShowItem;
+struct ShowSettings;
 
 // The one presentation model. Lives on the main thread; every view, output and
 // input reads it and calls its operations. Each stored property is an
@@ -41,7 +42,8 @@ public:
     // layers. Tests build their own instances instead.
     static AppModel& shared();
 
-    // Start-up sequence, run once when the application has launched.
+    // Start-up sequence, run once when the application has launched
+    // (src/model/AppModel.cpp).
     void start();
 
     // ---- Stored properties, in declaration order ----
@@ -98,11 +100,11 @@ public:
     // order the sources found them (src/input/ClickerDevices.cpp).
     obs::Observed<std::vector<ClickerDevice>> clickerDevices;
 
-    // ---- Presentation core: titles ----
+    // ---- Titles (src/model/AppModel.cpp) ----
     QString fileTitle() const;
     QString showTitle() const;
 
-    // ---- Set and document cache ----
+    // ---- Set and document cache (src/model/Playlist.cpp) ----
     std::optional<PlaylistEntry> currentEntry() const;
     QString pageKey() const;
     int globalPageIndex() const;
@@ -116,7 +118,7 @@ public:
     void removePlaylistItem(const QUuid& id);
     void closeDocument();
 
-    // ---- Navigation and jump entry ----
+    // ---- Navigation, jump entry, freeze and blackout (src/model/Navigation.cpp) ----
     bool canGoNext() const;
     bool canGoPrevious() const;
     int outputPageIndex() const;
@@ -134,13 +136,13 @@ public:
     void removeLastJumpDigit();
     void commitJump();
 
-    // ---- Show timer ----
+    // ---- Show timer (src/model/ShowTimer.cpp) ----
     void toggleTimer();
     void resetTimer();
     double timerElapsed() const;
     std::optional<double> timerRemaining() const;
 
-    // ---- Output geometry and frame state ----
+    // ---- Output geometry and frame state (src/output/OutputGeometry.cpp) ----
     void refreshDisplays();
     // Where the output window sits on a screen of frame `screen` (points).
     QRectF outputFrame(const QRectF& screen) const;
@@ -171,19 +173,24 @@ public:
     bool isClickerDeviceIgnored(const QString& id) const;
     QStringList ignoredClickerDeviceIDs() const;
 
-    // ---- Transitions ----
+    // ---- Transitions (src/output/Transitions.cpp) ----
     // Quadratic ease-in-out of a fade's linear progress 0…1.
     static double transitionEase(double u);
 
-    // ---- Preferences ----
+    // ---- Preferences (src/model/Preferences.cpp) ----
     // Writes every preference from the current properties.
     void persistPreferences();
+    // The settings a show carries, as they stand, coded (all present).
+    ShowSettings showSettings() const;
+    // Takes every usable value of `settings`: a known raw value, a size of 1
+    // or more, a fade longer than 0, a colour with its red. The others keep
+    // their current values; an unusable planned duration is none (0).
+    void applyShowSettings(const ShowSettings& settings);
     // Empties the desktop's recent-documents list of this program, then
     // `recentFiles`.
     void clearRecentFiles();
 
-    // ---- Shows, cues and notes, intake ----
-    // Show files, cues and notes
+    // ---- Show files (src/show/ShowFiles.cpp) ----
     // True for a path whose extension is "brelvonic" in any case.
     static bool isShowFile(const QString& path);
     void presentSaveShowPanel(bool saveAs);
@@ -194,6 +201,7 @@ public:
     void openShow(const QString& path);
     // A readable PDF for the item, or none.
     static std::optional<QString> resolveShowItem(const SavedShowItem& item, const QString& showPath);
+    // ---- Cues and notes (src/show/Cues.cpp) ----
     void addBookmark(const QString& name, std::optional<int> page = std::nullopt);
     void removeBookmark(const QUuid& id);
     void promptAddBookmark();
@@ -202,7 +210,7 @@ public:
     void goToPreviousCue();
     void setCurrentNote(const QString& text);
     QString currentNote() const;
-    // Document intake
+    // ---- Document intake (src/show/DocumentIntake.cpp) ----
     void presentOpenPanel();
     void presentFolderPanel();
     void presentAddToPlaylistPanel();
@@ -217,7 +225,7 @@ public:
     // else becomes a set of that one file.
     void openRecentFile(const QString& path);
 
-    // ---- Stage annotation ----
+    // ---- Stage annotation (src/stage/Annotations.cpp, src/stage/CanvasInteraction.cpp) ----
     void undoAnnotation();
     void clearAnnotations();
     // Palette choice from the console: sets the colour and persists it.
@@ -235,23 +243,27 @@ public:
     const PlatformServices& services() const { return services_; }
 
 private:
-    // Set and document cache
+    // Set and document cache (src/model/Playlist.cpp)
     void loadCurrentEntry(int page, bool animate);
     void rebuildThumbnails();
     void runThumbnailBatch(std::weak_ptr<AppModel*> model, PdfDocumentPtr document, Task task, int from);
-    void ensureTimerStarted();
+    void ensureTimerStarted();  // src/model/ShowTimer.cpp
     void noteRecentDocuments(const QStringList& urls);
-    // Navigation
+    // Navigation (src/model/Navigation.cpp)
     std::optional<PdfPage> outgoingPage() const;
-    void finishPageMove(const std::optional<PdfPage>& outgoing);
+    // `entryLoaded`: the move went into another file, whose load rendered the page.
+    void finishPageMove(const std::optional<PdfPage>& outgoing, bool entryLoaded = false);
     ImagePtr renderSlide(const PdfPage& page) const;
     void prefetchUpcoming();
-    // Preferences
+    // Preferences (src/model/Preferences.cpp)
     void restorePreferences();
-    // Transitions
-    void startTransition(const std::optional<PdfPage>& previous);
+    // Transitions (src/output/Transitions.cpp)
+    // Shows `incoming` on the output: a fade from `previous` or a cut.
+    void startTransition(const std::optional<PdfPage>& previous, ImagePtr incoming);
+    // The cut: any fade ends, the outgoing picture goes, progress is 1.
+    void endTransition();
     void runFadeStep(std::weak_ptr<AppModel*> model, Task task, double start, double duration);
-    // Stage annotation
+    // Stage annotation (src/stage/Annotations.cpp)
     void pushUndo(AnnotationUndo record);
 
     PlatformServices services_;

@@ -89,13 +89,14 @@ void AppModel::goToNextSlide()
         return;
     jumpBuffer.set(QString());
     const auto outgoing = outgoingPage();
-    if (pageIndex.peek() + 1 < pageCount.peek()) {
+    const bool crossesFiles = pageIndex.peek() + 1 >= pageCount.peek();
+    if (!crossesFiles) {
         pageIndex.mutate([](int& i) { i += 1; });
     } else {
         playlistIndex.set(playlistIndex.peek() + 1);
         loadCurrentEntry(0, true);
     }
-    finishPageMove(outgoing);
+    finishPageMove(outgoing, crossesFiles);
 }
 
 void AppModel::goToPreviousSlide()
@@ -104,7 +105,8 @@ void AppModel::goToPreviousSlide()
         return;
     jumpBuffer.set(QString());
     const auto outgoing = outgoingPage();
-    if (pageIndex.peek() >= 1) {
+    const bool crossesFiles = pageIndex.peek() < 1;
+    if (!crossesFiles) {
         pageIndex.mutate([](int& i) { i -= 1; });
     } else {
         const int previous = playlistIndex.peek() - 1;
@@ -112,7 +114,7 @@ void AppModel::goToPreviousSlide()
         playlistIndex.set(previous);
         loadCurrentEntry(landing, true);
     }
-    finishPageMove(outgoing);
+    finishPageMove(outgoing, crossesFiles);
 }
 
 void AppModel::goToPage(int index)
@@ -128,15 +130,19 @@ void AppModel::goToPage(int index)
     finishPageMove(outgoing);
 }
 
-void AppModel::finishPageMove(const std::optional<PdfPage>& outgoing)
+void AppModel::finishPageMove(const std::optional<PdfPage>& outgoing, bool entryLoaded)
 {
-    previewSlideImage.set(renderSlide(PdfPage{document.peek(), pageIndex.peek()}));
+    // One render serves the stage and the output; a move into another file
+    // has it from loading that file.
+    if (!entryLoaded)
+        previewSlideImage.set(renderSlide(PdfPage{document.peek(), pageIndex.peek()}));
+    const ImagePtr slide = previewSlideImage.peek();
     draftStroke.set(std::nullopt);
     draftFrameRect.set(std::nullopt);
     if (stageTool.peek() != StageTool::zoom)
         zoomCenter.set(std::nullopt);
     if (!isFrozen.peek())
-        startTransition(outgoing);
+        startTransition(outgoing, slide);
     prefetchUpcoming();
 }
 
@@ -149,7 +155,8 @@ void AppModel::toggleFreeze()
     }
     isFrozen.set(false);
     if (pageIndex.peek() != frozenPageIndex.peek())
-        startTransition(pageOf(document.peek(), frozenPageIndex.peek()));
+        startTransition(pageOf(document.peek(), frozenPageIndex.peek()),
+                        renderSlide(PdfPage{document.peek(), pageIndex.peek()}));
 }
 
 void AppModel::appendJumpDigit(const QString& digit)

@@ -100,6 +100,8 @@ private:
 // first change of anything it read queues one re-run on the main thread, so
 // several changes in one event-loop turn cost a single update.
 class Follower : public QObject {
+    Q_OBJECT
+
 public:
     explicit Follower(std::function<void()> update, QObject* parent = nullptr);
     // Runs the update now and arms tracking.

@@ -176,13 +176,10 @@ void AppModel::loadCurrentEntry(int page, bool animate)
     rebuildThumbnails();
     previewSlideImage.set(renderSlide(PdfPage{doc, pageIndex.peek()}));
     incomingSlideImage.set(previewSlideImage.peek());
-    if (!animate) {
-        // A cut: a fade still running from the old picture is over.
-        if (auto task = transitionTask.peek())
-            task->cancel();
-        outgoingSlideImage.set(nullptr);
-        transitionProgress.set(1.0);
-    }
+    // An animated load is part of a page move, which fades and renders ahead.
+    if (animate)
+        return;
+    endTransition();
     prefetchUpcoming();
 }
 
@@ -276,7 +273,7 @@ void AppModel::selectPlaylistItem(const QUuid& id)
     const auto outgoing = outgoingPage();
     playlistIndex.set(index);
     loadCurrentEntry(0, true);
-    finishPageMove(outgoing);
+    finishPageMove(outgoing, true);
 }
 
 void AppModel::removePlaylistItem(const QUuid& id)
@@ -295,8 +292,7 @@ void AppModel::removePlaylistItem(const QUuid& id)
 
 void AppModel::closeDocument()
 {
-    if (auto task = transitionTask.peek())
-        task->cancel();
+    endTransition();
     if (auto task = thumbnailTask.peek())
         task->cancel();
     playlist.set({});
@@ -307,10 +303,7 @@ void AppModel::closeDocument()
     pageIndex.set(0);
     thumbnails.set({});
     incomingSlideImage.set(nullptr);
-    outgoingSlideImage.set(nullptr);
     previewSlideImage.set(nullptr);
-    // With the fade cancelled nothing moves any more.
-    transitionProgress.set(1.0);
     isFrozen.set(false);
     frozenPageIndex.set(0);
     isBlackout.set(false);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "show/CueBookmark.h"
+#include "model/CueBookmark.h"
 
 #include <QHashFunctions>
 #include <QString>

@@ -1,6 +1,8 @@
 // Settings that survive a restart.
 #include "model/AppModel.h"
 
+#include "model/ShowSettings.h"
+
 #include "platform/PreferencesStore.h"
 #include "platform/RecentDocuments.h"
 
@@ -21,13 +23,13 @@ std::optional<double> toDouble(const QVariant& v)
     return ok && std::isfinite(d) ? std::optional<double>(d) : std::nullopt;
 }
 
-std::optional<qlonglong> toInteger(const QVariant& v)
+std::optional<qint64> toInteger(const QVariant& v)
 {
     if (!v.isValid())
         return std::nullopt;
     bool ok = false;
-    const qlonglong i = v.toLongLong(&ok);
-    return ok ? std::optional<qlonglong>(i) : std::nullopt;
+    const qint64 i = v.toLongLong(&ok);
+    return ok ? std::optional<qint64>(i) : std::nullopt;
 }
 
 std::optional<bool> toBool(const QVariant& v)
@@ -46,26 +48,67 @@ std::optional<bool> toBool(const QVariant& v)
 
 }
 
+ShowSettings AppModel::showSettings() const
+{
+    const MarkColor color = markColor.peek();
+    ShowSettings s;
+    s.aspect = aspectModes.rawValue(aspect.peek());
+    s.contentFit = contentFits.rawValue(contentFit.peek());
+    s.customWidth = customWidth.peek();
+    s.customHeight = customHeight.peek();
+    s.transitionStyle = transitionStyles.rawValue(transitionStyle.peek());
+    s.transitionDuration = transitionDuration.peek();
+    s.plannedDuration = plannedDuration.peek();
+    s.hideOutputCursor = hideOutputCursor.peek();
+    s.markRed = color.red;
+    s.markGreen = color.green;
+    s.markBlue = color.blue;
+    return s;
+}
+
+void AppModel::applyShowSettings(const ShowSettings& s)
+{
+    const auto usable = [](const auto& value, const auto& table) {
+        return value ? table.fromRaw(*value) : std::nullopt;
+    };
+    const auto pixelCount = [](const std::optional<qint64>& n) {
+        return n && *n >= 1 && *n <= std::numeric_limits<int>::max() ? std::optional<int>(int(*n)) : std::nullopt;
+    };
+    const auto finite = [](const std::optional<double>& d) {
+        return d && std::isfinite(*d) ? d : std::nullopt;
+    };
+    if (auto mode = usable(s.aspect, aspectModes))
+        aspect.set(*mode);
+    if (auto fit = usable(s.contentFit, contentFits))
+        contentFit.set(*fit);
+    if (auto w = pixelCount(s.customWidth))
+        customWidth.set(*w);
+    if (auto h = pixelCount(s.customHeight))
+        customHeight.set(*h);
+    if (auto style = usable(s.transitionStyle, transitionStyles))
+        transitionStyle.set(*style);
+    // An endless fade would keep the old slide on the output for good.
+    if (auto d = finite(s.transitionDuration); d && *d > 0)
+        transitionDuration.set(*d);
+    plannedDuration.set(finite(s.plannedDuration).value_or(0));
+    if (s.hideOutputCursor)
+        hideOutputCursor.set(*s.hideOutputCursor);
+    if (auto red = finite(s.markRed))
+        markColor.set(MarkColor{*red, finite(s.markGreen).value_or(0), finite(s.markBlue).value_or(0)});
+}
+
 void AppModel::persistPreferences()
 {
     PreferencesStore* store = services_.preferences.get();
     if (!store)
         return;
-    const MarkColor color = markColor.peek();
-    store->setValue(QStringLiteral("aspect"), aspectModes.rawValue(aspect.peek()));
-    store->setValue(QStringLiteral("contentFit"), contentFits.rawValue(contentFit.peek()));
-    store->setValue(QStringLiteral("customWidth"), customWidth.peek());
-    store->setValue(QStringLiteral("customHeight"), customHeight.peek());
+    const ShowSettings settings = showSettings();
+    ShowSettings::forEach(settings, [store](const char* key, const auto& value) {
+        store->setValue(QString::fromLatin1(key), QVariant::fromValue(*value));
+    });
     store->setValue(QStringLiteral("outputAlwaysOnTop"), outputAlwaysOnTop.peek());
     store->setValue(QStringLiteral("isSyphonEnabled"), isSyphonEnabled.peek());
-    store->setValue(QStringLiteral("transitionStyle"), transitionStyles.rawValue(transitionStyle.peek()));
-    store->setValue(QStringLiteral("transitionDuration"), transitionDuration.peek());
-    store->setValue(QStringLiteral("plannedDuration"), plannedDuration.peek());
-    store->setValue(QStringLiteral("hideOutputCursor"), hideOutputCursor.peek());
     store->setValue(QStringLiteral("interfaceLanguage"), appLanguages.rawValue(interfaceLanguage.peek()));
-    store->setValue(QStringLiteral("markRed"), color.red);
-    store->setValue(QStringLiteral("markGreen"), color.green);
-    store->setValue(QStringLiteral("markBlue"), color.blue);
     if (const auto id = selectedDisplayID.peek())
         store->setValue(QStringLiteral("selectedDisplayID"), qulonglong(*id));
 }
@@ -77,31 +120,27 @@ void AppModel::restorePreferences()
         return;
     const auto read = [store](const char* key) { return store->value(QString::fromLatin1(key)); };
 
-    if (auto mode = aspectModes.fromRaw(read("aspect").toString()))
-        aspect.set(*mode);
-    if (auto fit = contentFits.fromRaw(read("contentFit").toString()))
-        contentFit.set(*fit);
-    if (auto w = toInteger(read("customWidth")); w && *w >= 1 && *w <= std::numeric_limits<int>::max())
-        customWidth.set(int(*w));
-    if (auto h = toInteger(read("customHeight")); h && *h >= 1 && *h <= std::numeric_limits<int>::max())
-        customHeight.set(int(*h));
+    ShowSettings stored;
+    ShowSettings::forEach(stored, [&read](const char* key, auto& value) {
+        const QVariant v = read(key);
+        using T = typename std::decay_t<decltype(value)>::value_type;
+        if constexpr (std::is_same_v<T, QString>)
+            value = v.isValid() ? std::optional<QString>(v.toString()) : std::nullopt;
+        else if constexpr (std::is_same_v<T, qint64>)
+            value = toInteger(v);
+        else if constexpr (std::is_same_v<T, double>)
+            value = toDouble(v);
+        else
+            value = toBool(v);
+    });
+    applyShowSettings(stored);
     if (auto onTop = toBool(read("outputAlwaysOnTop")))
         outputAlwaysOnTop.set(*onTop);
     if (auto enabled = toBool(read("isSyphonEnabled")))
         isSyphonEnabled.set(*enabled);
-    if (auto style = transitionStyles.fromRaw(read("transitionStyle").toString()))
-        transitionStyle.set(*style);
-    if (auto d = toDouble(read("transitionDuration")); d && *d > 0)
-        transitionDuration.set(*d);
-    plannedDuration.set(toDouble(read("plannedDuration")).value_or(0));
-    if (auto hide = toBool(read("hideOutputCursor")))
-        hideOutputCursor.set(*hide);
     // Always applied, so from the first run on the store holds a valid language.
-    const auto stored = appLanguages.fromRaw(read("interfaceLanguage").toString());
-    interfaceLanguage.set(stored.value_or(AppLanguages::detected()));
-    if (auto red = toDouble(read("markRed"))) {
-        markColor.set(MarkColor{*red, toDouble(read("markGreen")).value_or(0), toDouble(read("markBlue")).value_or(0)});
-    }
+    const auto language = appLanguages.fromRaw(read("interfaceLanguage").toString());
+    interfaceLanguage.set(language.value_or(AppLanguages::detected()));
     // An identifier outside 32 bits cannot name a display: ignore it.
     if (auto id = toInteger(read("selectedDisplayID")); id && *id >= 1 && *id <= 4294967295LL)
         selectedDisplayID.set(uint32_t(*id));

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 
 #include <QWidget>
 
 // Shows one frame state through the compositor, filling the whole widget.
 class CompositedSlideView : public QWidget {
+    Q_OBJECT
+
 public:
     explicit CompositedSlideView(QWidget* parent = nullptr);
     void setState(OutputFrameState state);

@@ -22,6 +22,11 @@ constexpr double laserGlow = 34;
 constexpr double laserCore = 12;
 constexpr double laserGlowAlpha = 0.28;
 
+bool isZoomed(const OutputFrameState& state)
+{
+    return std::max(state.zoomScale, 1.0) > zoomThreshold && state.zoomCenter;
+}
+
 QColor colour(double r, double g, double b, double alpha = 1.0)
 {
     return QColor::fromRgbF(float(std::clamp(r, 0.0, 1.0)), float(std::clamp(g, 0.0, 1.0)),
@@ -35,10 +40,12 @@ void drawImage(QPainter& p, const ImagePtr& image, double alpha, bool cover, QSi
     const QRectF target = fitted(QSizeF(image->size()), QRectF(QPointF(0, 0), size), cover);
     p.save();
     p.setOpacity(alpha);
-    // Smoothing costs a lot and changes nothing when no scaling happens; the
-    // device transform also scales by the target's pixel ratio.
-    const bool scaled = qAbs(target.width() - image->width()) > 0.5 || qAbs(target.height() - image->height()) > 0.5
-        || !p.deviceTransform().isIdentity();
+    // Smoothing costs a lot and changes nothing when the slide lands on the
+    // device pixel for pixel; zoom, a window and the pixel ratio all scale it.
+    const QTransform toDevice = p.combinedTransform();
+    const QRectF onDevice = toDevice.mapRect(target);
+    const bool scaled = toDevice.type() > QTransform::TxScale || qAbs(onDevice.width() - image->width()) > 0.5
+        || qAbs(onDevice.height() - image->height()) > 0.5;
     p.setRenderHint(QPainter::SmoothPixmapTransform, scaled);
     p.drawImage(target, *image);
     p.restore();
@@ -59,28 +66,41 @@ bool isFrameFormat(QImage::Format f)
     return f == QImage::Format_ARGB32_Premultiplied || f == QImage::Format_RGB32;
 }
 
-// The device rectangle both slides cover pixel for pixel, or an empty one when
-// the painter must draw them (zoom, clipping, scaling, another device…).
+// The painter's target in device pixels: widgets report logical units,
+// images and pixmaps pixels.
+QSizeF devicePixels(const QPaintDevice& device)
+{
+    const QSizeF metric(device.width(), device.height());
+    return device.devType() == QInternal::Widget ? metric * device.devicePixelRatioF() : metric;
+}
+
+// The rectangle, in the target's pixels, that both slides cover pixel for
+// pixel, or an empty one when the painter must draw them (zoom, clipping,
+// scaling, another device…). Any pixel ratio of the target qualifies: the
+// slides are then rendered at the frame's pixel size, not its logical one.
 QRect directArea(QPainter& p, const OutputFrameState& state, bool drawOutgoing, bool cover, QSizeF size)
 {
     if (!state.incoming || state.incoming->isNull() || p.device()->devType() != QInternal::Image)
         return {};
     const auto* target = static_cast<const QImage*>(p.device());
-    if (!isFrameFormat(target->format()) || target->devicePixelRatio() != 1.0 || target->size() != size.toSize()
-        || QSizeF(target->size()) != size)
+    const double ratio = target->devicePixelRatio();
+    if (!isFrameFormat(target->format()) || std::abs(size.width() * ratio - target->width()) > 1e-6
+        || std::abs(size.height() * ratio - target->height()) > 1e-6)
         return {};
-    // The device transform also holds a window, viewport or pixel ratio.
-    if (!p.deviceTransform().isIdentity() || p.hasClipping() || p.opacity() != 1.0
+    // Only the pixel ratio may stand between the canvas and the pixels: no
+    // world transform, window or viewport.
+    if (p.deviceTransform() != QTransform::fromScale(ratio, ratio) || p.hasClipping() || p.opacity() != 1.0
         || p.compositionMode() != QPainter::CompositionMode_SourceOver)
         return {};
     const QImage& in = *state.incoming;
-    const QRectF f = fitted(QSizeF(in.size()), QRectF(QPointF(0, 0), size), cover);
+    const QRectF logical = fitted(QSizeF(in.size()), QRectF(QPointF(0, 0), size), cover);
+    const QRectF f(logical.topLeft() * ratio, logical.size() * ratio);
     // An unscaled image lands on the pixel grid the way the painter rounds it
     // (a slide a pixel short of the frame sits half a pixel off).
     if (std::abs(f.width() - in.width()) > 1e-6 || std::abs(f.height() - in.height()) > 1e-6)
         return {};
     const QRect area(QPoint(qRound(f.x()), qRound(f.y())), in.size());
-    if (!QRect(QPoint(0, 0), target->size()).contains(area) || !isFrameFormat(in.format()))
+    if (!target->rect().contains(area) || !isFrameFormat(in.format()))
         return {};
     if (drawOutgoing) {
         const QImage& out = *state.outgoing;
@@ -174,14 +194,24 @@ void blendDirect(QPainter& p, const QRect& area, const OutputFrameState& state, 
     }
 }
 
-// Black everywhere on the canvas except `hole`.
-void fillAround(QPainter& p, const QRect& hole, QSizeF size)
+// Opaque black everywhere on the target except `hole` (pixels), written
+// straight into the pixels like the blend inside the hole.
+void fillAround(QPainter& p, const QRect& hole)
 {
-    const QRectF h(hole);
-    p.fillRect(QRectF(0, 0, size.width(), h.top()), Qt::black);
-    p.fillRect(QRectF(0, h.bottom(), size.width(), size.height() - h.bottom()), Qt::black);
-    p.fillRect(QRectF(0, h.top(), h.left(), h.height()), Qt::black);
-    p.fillRect(QRectF(h.right(), h.top(), size.width() - h.right(), h.height()), Qt::black);
+    auto* target = static_cast<QImage*>(p.device());
+    uchar* bits = const_cast<uchar*>(target->constBits());
+    const qsizetype stride = target->bytesPerLine();
+    const int width = target->width();
+    const auto fill = [](uint32_t* row, int from, int to) { std::fill(row + from, row + to, 0xFF000000u); };
+    for (int y = 0; y < target->height(); ++y) {
+        auto* row = reinterpret_cast<uint32_t*>(bits + y * stride);
+        if (y < hole.top() || y > hole.bottom()) {
+            fill(row, 0, width);
+        } else {
+            fill(row, 0, hole.left());
+            fill(row, hole.right() + 1, width);
+        }
+    }
 }
 
 void drawFrame(QPainter& p, const QRectF& normalised, const QColor& c, QSizeF size)
@@ -209,10 +239,11 @@ void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
 {
     if (stroke.points.size() < 2)
         return;
-    // World and window/viewport together: the layer is laid with neither.
+    // Canvas units to device pixels: the world (zoom), the window and the
+    // target's pixel ratio together.
     const QTransform toDevice = p.combinedTransform();
-    const double zoom = std::sqrt(std::abs(toDevice.determinant()));
-    const double line = std::max(stroke.lineWidth * std::min(size.width(), size.height()), 2.0) * zoom;
+    const double scale = std::sqrt(std::abs(toDevice.determinant()));
+    const double line = std::max(stroke.lineWidth * std::min(size.width(), size.height()), 2.0) * scale;
     QPolygonF points;
     points.reserve(qsizetype(stroke.points.size()));
     for (const QPointF& n : stroke.points)
@@ -220,23 +251,20 @@ void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
 
     // Half the line and a pixel of antialiasing on each side.
     const double margin = line / 2 + 2;
-    const QRect device(0, 0, p.device()->width(), p.device()->height());
+    const QRect device(QPoint(0, 0), devicePixels(*p.device()).toSize());
     const QRect area = points.boundingRect().adjusted(-margin, -margin, margin, margin).toAlignedRect() & device;
     if (area.isEmpty())
         return;
-    const qreal ratio = p.device()->devicePixelRatioF();
-    const QSize pixels = (QSizeF(area.size()) * ratio).toSize();
     // One scratch layer serves every stroke: a fresh one per stroke costs more
     // in allocation and page faults than drawing the stroke itself.
     thread_local QImage scratch;
-    if (scratch.width() < pixels.width() || scratch.height() < pixels.height())
-        scratch = QImage(pixels.expandedTo(scratch.size()), QImage::Format_ARGB32_Premultiplied);
-    scratch.setDevicePixelRatio(ratio);
-    for (int y = 0; y < pixels.height(); ++y)
-        std::memset(scratch.scanLine(y), 0, size_t(pixels.width()) * 4);
+    if (scratch.width() < area.width() || scratch.height() < area.height())
+        scratch = QImage(area.size().expandedTo(scratch.size()), QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < area.height(); ++y)
+        std::memset(scratch.scanLine(y), 0, size_t(area.width()) * 4);
     {
         QPainter lp(&scratch);
-        lp.setClipRect(QRectF(QPointF(0, 0), QSizeF(area.size())));
+        lp.setClipRect(QRect(QPoint(0, 0), area.size()));
         lp.setRenderHint(QPainter::Antialiasing);
         lp.translate(-area.topLeft());
         lp.setPen(QPen(colour(stroke.red, stroke.green, stroke.blue), line, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -244,12 +272,23 @@ void drawStroke(QPainter& p, const Stroke& stroke, QSizeF size)
             lp.drawLine(points[i - 1], points[i]);
     }
     p.save();
-    p.resetTransform();
+    // Lay the layer pixel for pixel: undo every transform, the pixel ratio's too.
+    p.setViewTransformEnabled(false);
+    const double ratio = p.device()->devicePixelRatioF();
+    p.setWorldTransform(QTransform::fromScale(1 / ratio, 1 / ratio));
     p.setOpacity(p.opacity() * strokeAlpha);
-    p.drawImage(QRectF(area), scratch, QRectF(QPointF(0, 0), QSizeF(pixels)));
+    p.drawImage(QPointF(area.topLeft()), scratch, QRect(QPoint(0, 0), area.size()));
     p.restore();
 }
 
+}
+
+bool blendsDirectly(const OutputFrameState& state, QPainter& painter, QSizeF size)
+{
+    if (state.isBlackout || isZoomed(state))
+        return false;
+    const bool drawOutgoing = state.outgoing && std::clamp(state.progress, 0.0, 1.0) < fadeThreshold;
+    return !directArea(painter, state, drawOutgoing, state.fit == ContentFit::cover, size).isEmpty();
 }
 
 QRectF fitted(QSizeF content, const QRectF& target, bool cover)
@@ -300,7 +339,7 @@ void draw(const OutputFrameState& state, QPainter& p, QSizeF size)
     }
 
     const double s = std::max(state.zoomScale, 1.0);
-    const bool zoomed = s > zoomThreshold && state.zoomCenter;
+    const bool zoomed = isZoomed(state);
     const double progress = std::clamp(state.progress, 0.0, 1.0);
     const bool cover = state.fit == ContentFit::cover;
     const bool drawOutgoing = state.outgoing && progress < fadeThreshold;
@@ -308,7 +347,7 @@ void draw(const OutputFrameState& state, QPainter& p, QSizeF size)
     if (direct.isEmpty())
         p.fillRect(QRectF(0, 0, w, h), Qt::black);
     else
-        fillAround(p, direct, size);
+        fillAround(p, direct);
 
     p.save();
     p.setRenderHint(QPainter::Antialiasing);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 
 #include <QImage>
 #include <QRectF>
@@ -23,6 +23,10 @@ void draw(const OutputFrameState& state, QPainter& painter, QSizeF size);
 // Slides that fit the buffer pixel for pixel are blended straight into it,
 // which is much cheaper than the painter's three passes over a window.
 void drawBuffered(const OutputFrameState& state, QPainter& painter, QSizeF size, QImage& buffer);
+
+// Whether `draw` would lay the slides straight into the painter's image in
+// one pass instead of through the painter (any pixel ratio qualifies).
+bool blendsDirectly(const OutputFrameState& state, QPainter& painter, QSizeF size);
 
 // `content` placed in `target`, centred: whole (contain) or filling it (cover).
 QRectF fitted(QSizeF content, const QRectF& target, bool cover);

@@ -22,7 +22,7 @@ QMenu* OutputContentView::makeContextMenu(QWidget* parent)
     menu->addAction(L10n::t(QStringLiteral("slide.next")), menu, [this] { model_.goToNextSlide(); });
     menu->addSeparator();
     const QString blackout = model_.isBlackout.peek() ? QStringLiteral("blackout.off") : QStringLiteral("blackout");
-    menu->addAction(L10n::t(blackout), menu, [this] { model_.isBlackout.mutate([](bool& b) { b = !b; }); });
+    menu->addAction(L10n::t(blackout), menu, [this] { model_.toggleBlackout(); });
     return menu;
 }
 

@@ -8,6 +8,8 @@ namespace obs { class Follower; }
 // What the output window shows: the audience's frame. A click pages on; the
 // context menu pages and blacks out.
 class OutputContentView : public CompositedSlideView {
+    Q_OBJECT
+
 public:
     explicit OutputContentView(AppModel& model, QWidget* parent = nullptr);
 

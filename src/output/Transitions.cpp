@@ -25,31 +25,30 @@ double AppModel::transitionEase(double u)
     return ease(u);
 }
 
-void AppModel::startTransition(const std::optional<PdfPage>& previous)
+void AppModel::endTransition()
 {
-    const PdfDocumentPtr doc = document.peek();
-    incomingSlideImage.set(doc ? renderSlide(PdfPage{doc, pageIndex.peek()}) : nullptr);
-
-    const bool fades = transitionStyle.peek() == TransitionStyle::fade && transitionDuration.peek() > shortestFade
-        && previous.has_value();
-    if (!fades) {
-        if (auto task = transitionTask.peek())
-            task->cancel();
-        outgoingSlideImage.set(nullptr);
-        transitionProgress.set(1.0);
-        return;
-    }
-
-    outgoingSlideImage.set(renderSlide(*previous));
-    transitionProgress.set(0.0);
     if (auto task = transitionTask.peek())
         task->cancel();
-    if (!services_.scheduler) {
-        // Nothing can drive a fade: show the new slide at once.
-        outgoingSlideImage.set(nullptr);
-        transitionProgress.set(1.0);
+    outgoingSlideImage.set(nullptr);
+    transitionProgress.set(1.0);
+}
+
+void AppModel::startTransition(const std::optional<PdfPage>& previous, ImagePtr incoming)
+{
+    incomingSlideImage.set(std::move(incoming));
+
+    const bool fades = transitionStyle.peek() == TransitionStyle::fade && transitionDuration.peek() > shortestFade
+        && previous.has_value() && services_.scheduler;
+    // Without a fade, or with nothing to drive one, the new slide shows at once.
+    if (!fades) {
+        endTransition();
         return;
     }
+
+    if (auto task = transitionTask.peek())
+        task->cancel();
+    outgoingSlideImage.set(renderSlide(*previous));
+    transitionProgress.set(0.0);
     auto task = std::make_shared<TaskHandle>();
     transitionTask.set(task);
     const double duration = std::max(transitionDuration.peek(), fadeFloor);

@@ -44,11 +44,3 @@ public:
     // The typed text on OK (possibly empty), nothing on cancel.
     virtual std::optional<QString> prompt(const PromptOptions& options) = 0;
 };
-
-class QtDialogs final : public Dialogs {
-public:
-    void warning(const QString& title, const QString& informativeText) override;
-    QStringList openPanel(const OpenOptions& options) override;
-    std::optional<QString> savePanel(const SaveOptions& options) override;
-    std::optional<QString> prompt(const PromptOptions& options) override;
-};

@@ -1,12 +1,12 @@
 #include "PlatformServices.h"
 
 #include "platform/DBusActivity.h"
-#include "platform/Dialogs.h"
+#include "platform/QtDialogs.h"
 #include "platform/MuPdfEngine.h"
 #include "platform/QSettingsPreferences.h"
 #include "platform/QtScreens.h"
 #include "platform/XbelRecentDocuments.h"
-#include "platform/Scheduler.h"
+#include "platform/QtScheduler.h"
 
 PlatformServices PlatformServices::forThisMachine()
 {

@@ -1,4 +1,4 @@
-#include "Scheduler.h"
+#include "QtScheduler.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -16,6 +16,8 @@ class QScreen;
 // display keeps its identifier as long as it stays on the same connector.
 // Twins reporting the same serial are told apart by connector as well.
 class QtScreens final : public QObject, public Screens {
+    Q_OBJECT
+
 public:
     QtScreens();
     std::vector<PlatformScreen> screens() const override;

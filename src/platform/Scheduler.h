@@ -28,9 +28,3 @@ public:
     virtual void after(double seconds, std::function<void()> work) = 0;
     void post(std::function<void()> work) { after(0, std::move(work)); }
 };
-
-class QtScheduler final : public Scheduler {
-public:
-    double now() const override;
-    void after(double seconds, std::function<void()> work) override;
-};

@@ -1,6 +1,8 @@
 // The JSON form of a show file: encoding, strict decoding, and the notes keys.
 #include "show/SavedShow.h"
 
+#include "base/DecimalText.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,21 +11,6 @@
 
 #include <cmath>
 #include <limits>
-
-std::optional<qint64> parseNoteKey(const QString& name)
-{
-    qsizetype start = 0;
-    if (!name.isEmpty() && (name[0] == u'+' || name[0] == u'-'))
-        start = 1;
-    if (start == name.size())
-        return std::nullopt;
-    for (qsizetype i = start; i < name.size(); ++i)
-        if (name[i] < u'0' || name[i] > u'9')
-            return std::nullopt;
-    bool ok = false;
-    const qint64 value = name.toLongLong(&ok, 10);  // fails outside 64 bits
-    return ok ? std::optional<qint64>(value) : std::nullopt;
-}
 
 std::map<QString, QString> SavedShowItem::codedNotes(const std::map<qint64, QString>& notesByPage)
 {
@@ -37,7 +24,8 @@ std::map<qint64, QString> SavedShowItem::notesByPage() const
 {
     std::map<qint64, QString> out;
     for (const auto& [name, text] : notes) {
-        const auto page = parseNoteKey(name);
+        // Note names are signed decimal integers, as written by this program or by hand.
+        const auto page = DecimalText::parseInt64(name);
         if (!page)
             continue;
         // Two names for one page ("7" and "+7") only come from hand edits:
@@ -181,21 +169,14 @@ QByteArray SavedShow::encode() const
     for (const SavedShowItem& item : items)
         list.append(encodeItem(item));
     // QJsonObject keeps its members sorted by name, so the output is sorted too.
-    const QJsonObject root{
+    QJsonObject root{
         {QStringLiteral("formatVersion"), formatVersion},
-        {QStringLiteral("aspect"), aspect},
-        {QStringLiteral("contentFit"), contentFit},
-        {QStringLiteral("customWidth"), customWidth},
-        {QStringLiteral("customHeight"), customHeight},
-        {QStringLiteral("transitionStyle"), transitionStyle},
-        {QStringLiteral("transitionDuration"), transitionDuration},
-        {QStringLiteral("plannedDuration"), plannedDuration},
-        {QStringLiteral("hideOutputCursor"), hideOutputCursor},
-        {QStringLiteral("markRed"), markRed},
-        {QStringLiteral("markGreen"), markGreen},
-        {QStringLiteral("markBlue"), markBlue},
         {QStringLiteral("items"), list},
     };
+    // A setting never given is written as null: such a file does not read.
+    ShowSettings::forEach(settings, [&root](const char* key, const auto& value) {
+        root.insert(QLatin1StringView(key), value ? QJsonValue(*value) : QJsonValue());
+    });
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
@@ -209,17 +190,17 @@ std::optional<SavedShow> SavedShow::decode(const QByteArray& json)
     Reader r{root};
     SavedShow show;
     show.formatVersion = r.integer("formatVersion");
-    show.aspect = r.string("aspect");
-    show.contentFit = r.string("contentFit");
-    show.customWidth = r.integer("customWidth");
-    show.customHeight = r.integer("customHeight");
-    show.transitionStyle = r.string("transitionStyle");
-    show.transitionDuration = r.number("transitionDuration");
-    show.plannedDuration = r.number("plannedDuration");
-    show.hideOutputCursor = r.boolean("hideOutputCursor");
-    show.markRed = r.number("markRed");
-    show.markGreen = r.number("markGreen");
-    show.markBlue = r.number("markBlue");
+    ShowSettings::forEach(show.settings, [&r](const char* key, auto& value) {
+        using T = typename std::decay_t<decltype(value)>::value_type;
+        if constexpr (std::is_same_v<T, QString>)
+            value = r.string(key);
+        else if constexpr (std::is_same_v<T, qint64>)
+            value = r.integer(key);
+        else if constexpr (std::is_same_v<T, double>)
+            value = r.number(key);
+        else
+            value = r.boolean(key);
+    });
     const QJsonArray items = r.array("items");
     if (!r.ok)
         return std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "show/CueBookmark.h"
+#include "model/CueBookmark.h"
+#include "model/ShowSettings.h"
 
 #include <QByteArray>
 #include <QString>
@@ -30,17 +31,8 @@ struct SavedShowItem {
 // The saved form of a whole set and the settings that belong to the show.
 struct SavedShow {
     qint64 formatVersion = 1;
-    QString aspect;
-    QString contentFit;
-    qint64 customWidth = 0;
-    qint64 customHeight = 0;
-    QString transitionStyle;
-    double transitionDuration = 0;
-    double plannedDuration = 0;
-    bool hideOutputCursor = false;
-    double markRed = 0;
-    double markGreen = 0;
-    double markBlue = 0;
+    // All present once read: decoding fails on a missing or mistyped one.
+    ShowSettings settings;
     std::vector<SavedShowItem> items;
 
     bool operator==(const SavedShow&) const = default;
@@ -50,6 +42,3 @@ struct SavedShow {
     // Strict: every required key present with its type, else none.
     static std::optional<SavedShow> decode(const QByteArray& json);
 };
-
-// The name of a note as written, parsed: optional sign, ASCII digits, 64-bit range.
-std::optional<qint64> parseNoteKey(const QString& name);

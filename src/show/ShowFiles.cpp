@@ -10,6 +10,7 @@
 #include "base/AtomicWrite.h"
 #include "l10n/L10n.h"
 #include "platform/Dialogs.h"
+#include "model/ShowSettings.h"
 #include "show/DocumentIntake.h"
 #include "show/SavedShow.h"
 
@@ -55,13 +56,6 @@ QString writeFailureText(const AtomicWrite::Failure& failure)
         break;
     }
     return failure.platformText;
-}
-
-// Written only when it fits the model's type and is 1 or more.
-void applyPixelCount(obs::Observed<int>& property, qint64 value)
-{
-    if (value >= 1 && value <= std::numeric_limits<int>::max())
-        property.set(static_cast<int>(value));
 }
 
 }
@@ -134,18 +128,7 @@ void AppModel::saveShow(const QString& path)
 {
     SavedShow show;
     show.formatVersion = 1;
-    show.aspect = aspectModes.rawValue(aspect.peek());
-    show.contentFit = contentFits.rawValue(contentFit.peek());
-    show.customWidth = customWidth.peek();
-    show.customHeight = customHeight.peek();
-    show.transitionStyle = transitionStyles.rawValue(transitionStyle.peek());
-    show.transitionDuration = transitionDuration.peek();
-    show.plannedDuration = plannedDuration.peek();
-    show.hideOutputCursor = hideOutputCursor.peek();
-    const MarkColor color = markColor.peek();
-    show.markRed = color.red;
-    show.markGreen = color.green;
-    show.markBlue = color.blue;
+    show.settings = showSettings();
     for (const PlaylistEntry& entry : playlist.peek()) {
         SavedShowItem item;
         item.path = portablePath(entry.url, path);
@@ -237,19 +220,7 @@ void AppModel::openShow(const QString& path)
     }
 
     // Settings that the model cannot take keep their current values.
-    if (auto mode = aspectModes.fromRaw(show->aspect))
-        aspect.set(*mode);
-    if (auto fit = contentFits.fromRaw(show->contentFit))
-        contentFit.set(*fit);
-    applyPixelCount(customWidth, show->customWidth);
-    applyPixelCount(customHeight, show->customHeight);
-    if (auto style = transitionStyles.fromRaw(show->transitionStyle))
-        transitionStyle.set(*style);
-    if (show->transitionDuration > 0)
-        transitionDuration.set(show->transitionDuration);
-    plannedDuration.set(show->plannedDuration);
-    hideOutputCursor.set(show->hideOutputCursor);
-    markColor.set(MarkColor{show->markRed, show->markGreen, show->markBlue});
+    applyShowSettings(show->settings);
 
     playlist.set(std::move(entries));
     playlistIndex.set(0);

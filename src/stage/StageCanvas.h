@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/OutputTypes.h"
+#include "model/OutputTypes.h"
 
 #include <QWidget>
 
@@ -11,6 +11,8 @@ namespace obs { class Follower; }
 // turns hover, drags, pinches and the wheel into model calls. It never takes
 // keyboard focus, so the console's keys keep working.
 class StageCanvas : public QWidget {
+    Q_OBJECT
+
 public:
     explicit StageCanvas(AppModel& model, QWidget* parent = nullptr);
 

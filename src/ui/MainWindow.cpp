@@ -56,7 +56,7 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     addCommand(showMenu_, QStringLiteral("slide.next"), {}, [this] { model_.goToNextSlide(); });
     addCommand(showMenu_, QStringLiteral("slide.prev"), {}, [this] { model_.goToPreviousSlide(); });
     showMenu_->addSeparator();
-    addCommand(showMenu_, QStringLiteral("blackout"), {}, [this] { model_.isBlackout.mutate([](bool& on) { on = !on; }); });
+    addCommand(showMenu_, QStringLiteral("blackout"), {}, [this] { model_.toggleBlackout(); });
     addCommand(showMenu_, QStringLiteral("freeze"), {}, [this] { model_.toggleFreeze(); });
     addCommand(showMenu_, QStringLiteral("laser"), {}, [this] { model_.setTool(StageTool::laser); });
     addCommand(showMenu_, QStringLiteral("marker"), {}, [this] { model_.setTool(StageTool::marker); });
@@ -159,13 +159,12 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
             model_.commitJump();
         return;
     case Qt::Key_Escape:
-        model_.jumpBuffer.set(QString());
+        model_.clearJumpBuffer();
         return;
     case Qt::Key_Delete:
     case Qt::Key_Clear:
         // Take back the last typed digit.
-        if (!model_.jumpBuffer().isEmpty())
-            model_.jumpBuffer.mutate([](QString& buffer) { buffer.chop(1); });
+        model_.removeLastJumpDigit();
         return;
     default:
         break;

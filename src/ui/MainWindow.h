@@ -12,6 +12,8 @@ namespace obs { class Follower; }
 
 // The operator's window: the current slide as large as it fits and its number.
 class MainWindow : public QMainWindow {
+    Q_OBJECT
+
 public:
     explicit MainWindow(AppModel& model, QWidget* parent = nullptr);
 

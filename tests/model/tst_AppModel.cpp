@@ -1,6 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 
 #include <QtTest>
 
@@ -16,7 +16,7 @@ class AppModelTest : public QObject {
 private slots:
     void aNewModelHoldsTheInitialValuesAndDidNothing()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QVERIFY(!model.document() && !model.documentURL());
         QCOMPARE(model.pageIndex(), 0);
         QCOMPARE(model.pageCount(), 0);
@@ -138,7 +138,7 @@ private slots:
 
     void languageIsWrittenOnEveryAssignment()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         const AppLanguage current = model.interfaceLanguage();
         int told = 0;
         auto tracker = obs::withTracking([&] { (void)model.interfaceLanguage(); }, [&] { ++told; });

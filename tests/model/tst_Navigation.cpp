@@ -1,6 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -29,7 +29,7 @@ private slots:
 
     void nothingMovesWithoutADocument()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QVERIFY(!model.canGoNext());
         QVERIFY(!model.canGoPrevious());
         model.jumpBuffer.set("7");
@@ -44,7 +44,7 @@ private slots:
 
     void pagesAcrossFilesAsOneSequence()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({three, two});
         QVERIFY(!model.canGoPrevious());
         model.goToNextSlide();
@@ -81,7 +81,7 @@ private slots:
 
     void theEndOfTheSetDoesNotWrap()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({three, two});
         model.selectPlaylistItem(model.playlist()[1].id);
         model.goToNextSlide();
@@ -98,7 +98,7 @@ private slots:
 
     void typedJumps()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten, three});
         typeJump(model, "12");  // past the end: the last page of this file
         QCOMPARE(model.playlistIndex(), 0);
@@ -133,7 +133,7 @@ private slots:
 
     void goingToTheCurrentPageChangesNothing()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToPage(3);
         platform.scheduler->runAll();
@@ -158,7 +158,7 @@ private slots:
 
     void zoomCentreSurvivesOnlyWithTheZoomTool()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.stageTool.set(StageTool::zoom);
         model.zoomCenter.set(QPointF(0.2, 0.3));
@@ -175,7 +175,7 @@ private slots:
 
     void freezeHoldsTheOutput()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten, three});
         model.goToPage(4);
         model.toggleFreeze();
@@ -213,7 +213,7 @@ private slots:
     {
         // Frozen on page 8 of the long file, the operator pages on into a
         // two-page file: that file has no page 8 to fade from.
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten, two});
         model.goToPage(7);
         model.toggleFreeze();
@@ -231,7 +231,7 @@ private slots:
 
     void frozenMoveIntoAnotherFileStillReplacesThePicture()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({three, two});
         model.goToPage(2);
         model.toggleFreeze();
@@ -242,9 +242,71 @@ private slots:
         QCOMPARE(model.incomingSlideImage()->size(), QSize(1440, 1080));
     }
 
+    // Every kind of press asks the engine for the new slide once (the stage
+    // and the output share that image) and renders the slide after it ahead
+    // once, also when the press loads another file.
+    void aPressRendersTheNewSlideOnceAndTheNextOnceAhead_data()
+    {
+        QTest::addColumn<int>("startEntry");
+        QTest::addColumn<int>("startPage");
+        QTest::addColumn<QString>("press");
+        QTest::addColumn<QString>("shown");      // file:page after the press
+        QTest::addColumn<QString>("following");  // file:page rendered ahead
+        QTest::newRow("next within a file") << 0 << 0 << "next" << "three:1" << "three:2";
+        QTest::newRow("next into the next file") << 0 << 2 << "next" << "two:0" << "two:1";
+        QTest::newRow("previous into the previous file") << 1 << 0 << "previous" << "three:2" << "two:0";
+        QTest::newRow("previous within a file") << 1 << 1 << "previous" << "two:0" << "two:1";
+        QTest::newRow("typed jump") << 0 << 0 << "jump 2" << "three:1" << "three:2";
+        QTest::newRow("set item chosen") << 0 << 1 << "choose two" << "two:0" << "two:1";
+    }
+
+    void aPressRendersTheNewSlideOnceAndTheNextOnceAhead()
+    {
+        QFETCH(int, startEntry);
+        QFETCH(int, startPage);
+        QFETCH(QString, press);
+        QFETCH(QString, shown);
+        QFETCH(QString, following);
+        const QMap<QString, QString> files{{"three", three}, {"two", two}};
+        const auto page = [&](const QString& spec) {
+            const QStringList parts = spec.split(u':');
+            return std::make_pair(files.value(parts[0]), parts[1].toInt());
+        };
+
+        auto&& [platform, model] = ModelOnFakes();
+        model.replacePlaylist({three, two});
+        if (startEntry == 1)
+            model.selectPlaylistItem(model.playlist()[1].id);
+        model.goToPage(startPage);
+        platform.scheduler->runAll();  // the fade and the thumbnails are done
+        const auto before = model.previewSlideImage();
+        platform.pdf->requests->clear();
+
+        if (press == "next")
+            model.goToNextSlide();
+        else if (press == "previous")
+            model.goToPreviousSlide();
+        else if (press == "jump 2")
+            typeJump(model, "2");
+        else
+            model.selectPlaylistItem(model.playlist()[1].id);
+
+        const auto [shownFile, shownIndex] = page(shown);
+        const auto [nextFile, nextIndex] = page(following);
+        QCOMPARE(model.documentURL(), std::optional<QString>(shownFile));
+        QCOMPARE(model.pageIndex(), shownIndex);
+        QCOMPARE(platform.pdf->count(shownFile, shownIndex, false), 1);
+        QCOMPARE(platform.pdf->count(nextFile, nextIndex, true), 1);
+        QVERIFY(model.previewSlideImage() != before);
+        QCOMPARE(model.incomingSlideImage(), model.previewSlideImage());
+        // The fade still starts from the slide left.
+        QVERIFY(model.outgoingSlideImage());
+        QCOMPARE(model.transitionProgress(), 0.0);
+    }
+
     void upcomingWithinAFile()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QVERIFY(!model.canGoPrevious());
         model.goToPage(3);

@@ -2,7 +2,7 @@
 #include "model/Observation.h"
 #include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -137,7 +137,7 @@ private slots:
 
     void derivedValuesAreSeenThrough()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         int told = 0;
         // Without a document canGoNext reads only `document`: other
         // properties are none of its business.

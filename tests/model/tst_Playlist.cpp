@@ -2,7 +2,7 @@
 #include "l10n/L10n.h"
 #include "platform/MuPdfEngine.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -69,7 +69,7 @@ class PlaylistTest : public QObject {
 private slots:
     void unreadableFilesAreSkippedWithOneAlertEach()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         const QString a = folder.pdf("a.pdf", 3);
         const QString broken = folder.file("broken.pdf");
         TestPdf::writeNotPdf(broken);
@@ -90,7 +90,7 @@ private slots:
 
     void unreadableFilesNeverCrashAndLeaveTheSetAsItWas()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         const QString good = folder.pdf("good.pdf", 2);
         model.replacePlaylist({good});
         model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
@@ -129,7 +129,7 @@ private slots:
 
     void replaceKeepsMarkupAndCacheButForgetsShowAndUndo()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         const QString a = folder.pdf("a.pdf", 3);
         const QString b = folder.pdf("b.pdf", 2);
         model.replacePlaylist({a, b});
@@ -155,7 +155,7 @@ private slots:
 
     void appendKeepsPositionOrLoadsIntoAnEmptySet()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         const QString a = folder.pdf("a.pdf", 3);
         const QString b = folder.pdf("b.pdf", 2);
         model.appendToPlaylist({a});
@@ -172,7 +172,7 @@ private slots:
 
     void moveKeepsTheCurrentEntryWithoutReloading()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 2), folder.pdf("b.pdf", 2), folder.pdf("c.pdf", 2), folder.pdf("d.pdf", 2)});
         model.goToPage(1);
         const auto preview = model.previewSlideImage();
@@ -191,7 +191,7 @@ private slots:
 
     void selectAndRemove()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5)});
         std::vector<QUuid> ids;
         for (const auto& e : model.playlist())
@@ -225,7 +225,7 @@ private slots:
 
     void removingAnotherEntryStillLandsOnPageZeroAtTheRemovedIndex()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5), folder.pdf("d.pdf", 2)});
         const QUuid c = model.playlist()[2].id;
         const QUuid d = model.playlist()[3].id;
@@ -247,7 +247,7 @@ private slots:
 
     void selectingMovesIntoTheEntryWithAFade()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3), folder.pdf("b.pdf", 4)});
         model.goToPage(2);
         platform.scheduler->runAll();
@@ -267,7 +267,7 @@ private slots:
     {
         // An entry can outlive its file (a show made elsewhere): moving into
         // it keeps the open document and raises no alert.
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         const auto document = model.document();
         model.playlist.mutate([&](auto& list) {
@@ -283,7 +283,7 @@ private slots:
 
     void closeResetsThePresentationButKeepsTimerAndMarkup()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         const QString a = folder.pdf("a.pdf", 3);
         model.replacePlaylist({a, folder.pdf("b.pdf", 2)});
         const auto firstDocument = model.document();
@@ -351,7 +351,7 @@ private slots:
 
     void pageKeyAndGlobalIndex()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         QCOMPARE(model.pageKey(), QStringLiteral("none-0"));
         model.replacePlaylist({folder.pdf("a.pdf", 10), folder.pdf("b.pdf", 4), folder.pdf("c.pdf", 5)});
         model.playlist.mutate([](auto& list) { list[0].id = QUuid("{3f2504e0-4f89-11d3-9a0c-0305e82c3301}"); });
@@ -364,7 +364,7 @@ private slots:
 
     void titles_()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         QCOMPARE(model.showTitle(), QStringLiteral("PDF Brelvonic"));
         QCOMPARE(model.fileTitle(), L10n::t("file.none"));
         model.replacePlaylist({folder.pdf("Act 1.final.pdf", 2)});
@@ -380,7 +380,7 @@ private slots:
 
         // A document without an entry is named by its file, the last
         // extension dropped.
-        auto&& [other, bare] = FakeModel();
+        auto&& [other, bare] = ModelOnFakes();
         bare.documentURL.set(QStringLiteral("/decks/Finale.v3.pdf"));
         QCOMPARE(bare.fileTitle(), QStringLiteral("Finale.v3"));
         QCOMPARE(bare.showTitle(), QStringLiteral("PDF Brelvonic"));
@@ -388,7 +388,7 @@ private slots:
 
     void thumbnailsArriveInOrderInBatchesOfSix()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("twenty.pdf", 20, TestPdf::standard)});
         QVERIFY(model.thumbnails().empty());  // nothing rendered inside the load
         std::vector<std::size_t> sizes;
@@ -408,7 +408,7 @@ private slots:
 
     void newSetCancelsTheOldRender()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 20)});
         platform.scheduler->runNext();
         QCOMPARE(model.thumbnails().size(), std::size_t(6));

@@ -1,7 +1,7 @@
 #include "model/AppModel.h"
 #include "base/TimeFormat.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -26,7 +26,7 @@ private slots:
 
     void pauseResumeAndReset()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QCOMPARE(model.timerElapsed(), 0.0);
         model.toggleTimer();
         QVERIFY(model.isTimerRunning());
@@ -57,7 +57,7 @@ private slots:
 
     void loadingASetStartsOnlyANeverRunTimer()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         const QString a = folder.pdf("a.pdf", 2);
         const QString b = folder.pdf("b.pdf", 2);
         model.replacePlaylist({a});
@@ -98,7 +98,7 @@ private slots:
 
     void remainingTime()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QVERIFY(!model.timerRemaining());
         model.plannedDuration.set(60);
         model.toggleTimer();

@@ -79,6 +79,60 @@ int litWidth(const QImage& image, int y)
 {
     return count(image, QRect(0, y, image.width(), 1));
 }
+// The pixel ratios of the screens an operator meets.
+const double pixelRatios[] = {1, 1.25, 1.5, 2, 3};
+
+// A frame of canvas `canvas` in a bitmap of pixel ratio `ratio`, drawn by
+// `draw`, through the painter when `clip`.
+QImage drawnAtRatio(const OutputFrameState& s, QSizeF canvas, double ratio, bool clip, bool* direct = nullptr)
+{
+    QImage image((canvas * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::green);
+    QPainter p(&image);
+    if (clip)
+        p.setClipRect(QRectF(QPointF(0, 0), canvas));
+    if (direct)
+        *direct = OutputCompositor::blendsDirectly(s, p, canvas);
+    OutputCompositor::draw(s, p, canvas);
+    return image;
+}
+
+// Every kind of mark on a 200×120 canvas, each on rows and columns of its
+// own so it can be measured: a green stroke across the upper left, a red one
+// down the right half, a blue draft stroke across the lower left, a yellow
+// frame lower right, a draft frame upper right and the laser, both magenta.
+OutputFrameState markedUp(ImagePtr slide)
+{
+    OutputFrameState s;
+    s.incoming = std::move(slide);
+    s.accentRed = 1;
+    s.accentGreen = 0;
+    s.accentBlue = 1;
+    s.strokes = {Stroke{QUuid::createUuid(), {{0.1, 0.25}, {0.45, 0.25}}, 0, 1, 0, 0.04},
+                 Stroke{QUuid::createUuid(), {{0.75, 0.1}, {0.75, 0.9}}, 1, 0, 0, 0.04}};
+    s.draftStroke = Stroke{QUuid::createUuid(), {{0.1, 0.85}, {0.45, 0.85}}, 0, 0, 1, 0.04};
+    s.frames = {FrameRect{QUuid::createUuid(), QRectF(0.55, 0.55, 0.1, 0.3), 1, 1, 0}};
+    s.draftFrame = QRectF(0.55, 0.1, 0.1, 0.2);
+    s.laserPoint = QPointF(0.3, 0.55);
+    return s;
+}
+
+bool isGreen(QRgb p) { return qGreen(p) > 128 && qRed(p) < 100 && qBlue(p) < 100; }
+bool isRed(QRgb p) { return qRed(p) > 128 && qGreen(p) < 100 && qBlue(p) < 100; }
+bool isBlue(QRgb p) { return qBlue(p) > 128 && qRed(p) < 100 && qGreen(p) < 100; }
+bool isYellow(QRgb p) { return qRed(p) > 128 && qGreen(p) > 128 && qBlue(p) < 100; }
+bool isMagenta(QRgb p) { return qRed(p) > 128 && qBlue(p) > 128 && qGreen(p) < 100; }
+// The laser's glow over the grey slide, core included.
+bool isGlow(QRgb p) { return qRed(p) > 70 && qBlue(p) > 70 && qGreen(p) < 35; }
+
+// "centre 30 (want 30), length 5 (want 4.8)" when the run is off, else empty.
+QString offBy(const TestPdf::Span& span, double centre, double length)
+{
+    if (std::abs(span.centre - centre) <= 1.0 && std::abs(span.length - length) <= 2.0)
+        return {};
+    return QStringLiteral("centre %1 (want %2), length %3 (want %4)").arg(span.centre).arg(centre).arg(span.length).arg(length);
+}
 }
 
 class OutputCompositorTest : public QObject {
@@ -261,6 +315,94 @@ private slots:
         QVERIFY(count(target, QRect(0, 20, 40, 1), [](QRgb p) { return qRed(p) > 30 && qRed(p) < 225; }) >= 1);
         QVERIFY(near(target.pixel(2, 20), Qt::white));
         QVERIFY(near(target.pixel(37, 20), Qt::black));
+    }
+
+    // Each mark lands where its normalised position puts it, at its width,
+    // on bitmaps of every pixel ratio, through the one-pass blend and
+    // through the painter alike.
+    void marksLandAtEveryPixelRatio_data()
+    {
+        QTest::addColumn<double>("ratio");
+        QTest::addColumn<bool>("clip");
+        for (const double ratio : pixelRatios)
+            for (const bool clip : {false, true})
+                QTest::addRow("ratio %g, %s", ratio, clip ? "painter" : "one-pass blend") << ratio << clip;
+    }
+
+    void marksLandAtEveryPixelRatio()
+    {
+        QFETCH(double, ratio);
+        QFETCH(bool, clip);
+        const QSizeF canvas(200, 120);
+        const QSize pixels = (canvas * ratio).toSize();
+        bool direct = false;
+        const QImage image = drawnAtRatio(markedUp(solid(pixels, QColor(40, 40, 40))), canvas, ratio, clip, &direct);
+        QCOMPARE(direct, !clip);
+        const auto px = [&](double units) { return units * ratio; };
+        const auto at = [&](double units) { return int(units * ratio); };
+        const double stroke = 0.04 * 120;  // lineWidth × the shorter side
+        const double frameLine = 3;        // max(0.007 × 120, 3)
+        const int bottom = pixels.height() - 1;
+        const int right = pixels.width() - 1;
+
+        const struct {
+            const char* mark;
+            TestPdf::Span span;
+            double centre, length;
+        } measured[] = {
+            {"stroke", TestPdf::spanAlong(image, true, at(40), 0, at(60), isGreen), px(30), px(stroke)},
+            {"stroke in the right half", TestPdf::spanAlong(image, false, at(60), at(100), right, isRed), px(150),
+             px(stroke)},
+            {"draft stroke", TestPdf::spanAlong(image, true, at(40), at(60), bottom, isBlue), px(102), px(stroke)},
+            {"frame's left edge", TestPdf::spanAlong(image, false, at(96), at(100), at(120), isYellow), px(110),
+             px(frameLine)},
+            {"draft frame's top edge", TestPdf::spanAlong(image, true, at(120), 0, at(24), isMagenta), px(12),
+             px(frameLine)},
+            {"laser core", TestPdf::spanAlong(image, false, at(66), 0, at(100), isMagenta), px(60), px(12)},
+            {"laser glow", TestPdf::spanAlong(image, false, at(66), 0, at(100), isGlow), px(60), px(34)},
+        };
+        for (const auto& m : measured) {
+            const QString off = offBy(m.span, m.centre, m.length);
+            QVERIFY2(off.isEmpty(), qPrintable(QStringLiteral("%1: %2").arg(m.mark, off)));
+        }
+
+        // Zoomed twice about (0.2, 0.25): the stroke passes through the middle
+        // of the canvas, twice as wide.
+        OutputFrameState zoomed = markedUp(solid(pixels, QColor(40, 40, 40)));
+        zoomed.zoomScale = 2;
+        zoomed.zoomCenter = QPointF(0.2, 0.25);
+        const QImage zoomedImage = drawnAtRatio(zoomed, canvas, ratio, clip);
+        const QString off = offBy(TestPdf::spanAlong(zoomedImage, true, at(100), 0, bottom, isGreen), px(60), px(2 * stroke));
+        QVERIFY2(off.isEmpty(), qPrintable(QStringLiteral("zoomed stroke: ") + off));
+    }
+
+    // The one-pass blend gives the painter's pixels at every pixel ratio: a
+    // fade between slides the frame's pixel size, and 4:3 slides with bars.
+    void oneWayBlendMatchesThePainterAtEveryPixelRatio_data()
+    {
+        QTest::addColumn<double>("ratio");
+        for (const double ratio : pixelRatios)
+            QTest::addRow("ratio %g", ratio) << ratio;
+    }
+
+    void oneWayBlendMatchesThePainterAtEveryPixelRatio()
+    {
+        QFETCH(double, ratio);
+        const QSizeF canvas(200, 120);
+        for (const QSizeF slide : {canvas, QSizeF(160, 120)}) {
+            const QSize pixels = (slide * ratio).toSize();
+            for (const double progress : {0.4, 1.0}) {
+                OutputFrameState s = markedUp(gradient(pixels, 5));
+                s.outgoing = gradient(pixels, 120);
+                s.progress = progress;
+                bool direct = false;
+                const QImage blended = drawnAtRatio(s, canvas, ratio, false, &direct);
+                QVERIFY(direct);
+                const int worst = worstDifference(blended, drawnAtRatio(s, canvas, ratio, true));
+                QVERIFY2(worst <= 2, qPrintable(QStringLiteral("slide %1×%2, progress %3: off by %4")
+                                                    .arg(slide.width()).arg(slide.height()).arg(progress).arg(worst)));
+            }
+        }
     }
 
     void zoom()

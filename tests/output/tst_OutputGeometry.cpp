@@ -3,7 +3,7 @@
 #include "output/OutputContentView.h"
 #include "platform/QtScreens.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QMenu>
@@ -17,7 +17,7 @@ class OutputGeometryTest : public QObject {
 private slots:
     void windowRectangles()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.aspect.set(AspectMode::r16x9);
         QCOMPARE(model.outputFrame(QRectF(0, 0, 1920, 1200)), QRectF(0, 60, 1920, 1080));
         model.aspect.set(AspectMode::r9x16);
@@ -35,7 +35,7 @@ private slots:
 
     void publishedSizes()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QCOMPARE(model.syphonPixelSize(), (PixelSize{1920, 1080}));  // no display: unclamped fallback
         model.aspect.set(AspectMode::custom);
         const std::tuple<int, int, PixelSize> custom[] = {
@@ -56,7 +56,7 @@ private slots:
 
     void snapshotSizes()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.aspect.set(AspectMode::r16x9);
         QCOMPARE(model.snapshotSize(), QSizeF(1920, 1080));
         model.outputPixelSize.set(QSizeF(2880, 1800));
@@ -108,7 +108,7 @@ private slots:
 
     void frameStates()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         model.stageTool.set(StageTool::marker);
         model.laserPoint.set(QPointF(0.3, 0.3));
@@ -139,7 +139,7 @@ private slots:
 
     void outputViewPagesAndBlacksOut()
     {
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         OutputContentView view(model);
         view.resize(320, 180);

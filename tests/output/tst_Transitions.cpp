@@ -1,6 +1,6 @@
 #include "model/AppModel.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -48,7 +48,7 @@ private slots:
 
     void openingAndStyleNoneCut()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
@@ -63,7 +63,7 @@ private slots:
 
     void shortDurations()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.transitionDuration.set(0.04);
         model.goToNextSlide();
@@ -85,7 +85,7 @@ private slots:
 
     void aFullFadeRisesInSmallStepsAndEndsAtExactlyOne()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         ProgressLog log(model);
         const double start = platform.scheduler->now();
@@ -107,7 +107,7 @@ private slots:
 
     void aNewPressRestartsFromThePageJustLeft()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
@@ -126,43 +126,52 @@ private slots:
         QVERIFY(!model.outgoingSlideImage());
     }
 
-    void aCutDuringAFadeStopsItForGood()
+    // Every way of cutting in the middle of a fade ends it for good: the
+    // picture is whole at once and the old fade never writes again.
+    void aCutMidFadeStopsItForGood_data()
     {
-        auto&& [platform, model] = FakeModel();
-        model.replacePlaylist({ten});
-        model.goToNextSlide();
-        platform.scheduler->advance(0.1);
-        model.transitionStyle.set(TransitionStyle::none);
-        model.goToNextSlide();
-        QCOMPARE(model.transitionProgress(), 1.0);
-        ProgressLog log(model);
-        platform.scheduler->runAll();
-        QVERIFY(log.values.empty());  // the old fade never writes again
-        QVERIFY(!model.outgoingSlideImage());
+        QTest::addColumn<QString>("cut");
+        QTest::newRow("a press with the cut style") << "press";
+        QTest::newRow("another set loaded") << "load";
+        QTest::newRow("the current file removed from the set") << "remove";
+        QTest::newRow("the document closed") << "close";
     }
 
-    void loadingAnotherSetMidFadeIsACut()
+    void aCutMidFadeStopsItForGood()
     {
-        auto&& [platform, model] = FakeModel();
-        model.replacePlaylist({ten});
+        QFETCH(QString, cut);
+        auto&& [platform, model] = ModelOnFakes();
+        model.replacePlaylist({ten, three});
         model.goToNextSlide();
         platform.scheduler->advance(0.1);
         QVERIFY(model.transitionProgress() < 1.0);
-        // Opening files loads without animation: shown at once, and the old
-        // fade must not creep back in with values below 1.
-        model.replacePlaylist({three});
+        QVERIFY(model.outgoingSlideImage());
+
+        if (cut == "press") {
+            model.transitionStyle.set(TransitionStyle::none);
+            model.goToNextSlide();
+        } else if (cut == "load") {
+            // Opening files loads without animation: shown at once.
+            model.replacePlaylist({three});
+        } else if (cut == "remove") {
+            model.removePlaylistItem(model.playlist()[0].id);
+        } else {
+            model.closeDocument();
+        }
         QCOMPARE(model.transitionProgress(), 1.0);
         QVERIFY(!model.outgoingSlideImage());
         ProgressLog log(model);
         platform.scheduler->runAll();
         QVERIFY(log.values.empty());
-        QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
+        QVERIFY(!model.outgoingSlideImage());
         QVERIFY(!model.needsLiveOutput());
+        if (cut == "load" || cut == "remove")
+            QCOMPARE(TestPdf::pageShown(model.incomingSlideImage()), 0);
     }
 
     void unfreezeFadesFromTheHeldPage()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({ten});
         model.goToPage(2);
         platform.scheduler->runAll();

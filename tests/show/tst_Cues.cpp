@@ -1,4 +1,4 @@
-#include "support/TestSession.h"
+#include "support/ModelFixtures.h"
 
 #include <QtTest>
 
@@ -16,7 +16,7 @@ class CuesTest : public QObject {
     }
 
     // A session with a set of one PDF, a.pdf, of `pages` pages.
-    struct OnePdf : TestSession {
+    struct OnePdf : ModelWithFolder {
         explicit OnePdf(int pages) { model.replacePlaylist({pdf("a.pdf", pages)}); }
     };
 
@@ -65,7 +65,7 @@ private slots:
 
     void nextAndPreviousCueWrapWithinThePdf()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf", 10), s.pdf("b.pdf", 10)});
         s.model.goToNextCue();
         QCOMPARE(s.model.pageIndex(), 0);
@@ -92,7 +92,7 @@ private slots:
 
     void withoutAnEntryNothingHappens()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.addBookmark("Intro", 0);
         s.model.setCurrentNote("Hello");
         s.model.goToNextCue();
@@ -121,7 +121,7 @@ private slots:
 
     void eachPdfHasItsOwnCuesAndNotes()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf", 5), s.pdf("b.pdf", 5)});
         s.model.addBookmark("A intro", 1);
         s.model.goToPage(1);

@@ -1,6 +1,6 @@
 #include "l10n/L10n.h"
 #include "show/DocumentIntake.h"
-#include "support/TestSession.h"
+#include "support/ModelFixtures.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,7 +19,7 @@ void writeText(const QString& path, const QByteArray& text = "not a slide")
 
 // a.pdf, a folder "deck" holding Slide 10.pdf, Slide 2.pdf and .hidden.pdf,
 // and notes.txt: the drop that every drop test starts from, with a model.
-struct DropFixture : TestSession {
+struct DropFixture : ModelWithFolder {
     QString a = pdf("a.pdf", 2);
     QString deck = file("deck");
     QString notes = file("notes.txt");
@@ -36,7 +36,7 @@ struct DropFixture : TestSession {
 // A show of song.pdf (two pages) saved by another model.
 QString savedShow(DropFixture& fixture, const QString& name)
 {
-    TestSession other;
+    ModelWithFolder other;
     other.model.replacePlaylist({fixture.pdf("song.pdf", 2)});
     other.model.saveShow(fixture.file(name));
     return other.alerts().isEmpty() ? fixture.file(name) : QString();
@@ -59,7 +59,7 @@ private slots:
         QDir().mkpath(folder.file("Slide 4.pdf"));
 
         const QStringList found = AppModel::pdfs(folder.path());
-        QCOMPARE(TestSession::fileNames(found), (QStringList{"alpha.Pdf", "Slide 2.pdf", "slide 3.PDF", "Slide 4.pdf", "Slide 10.pdf"}));
+        QCOMPARE(ModelWithFolder::fileNames(found), (QStringList{"alpha.Pdf", "Slide 2.pdf", "slide 3.PDF", "Slide 4.pdf", "Slide 10.pdf"}));
         QCOMPARE(found.constFirst(), QDir::cleanPath(folder.file("alpha.Pdf")));
 
         QVERIFY(AppModel::pdfs(folder.file("missing")).isEmpty());
@@ -91,7 +91,7 @@ private slots:
 
     void dropsWithoutPdfsChangeNothingSilently()
     {
-        TestSession s;
+        ModelWithFolder s;
         writeText(s.file("notes.txt"));
         QDir().mkpath(s.file("empty"));
         s.model.ingestDroppedURLs({s.file("notes.txt"), s.file("empty"), QString()});
@@ -135,7 +135,7 @@ private slots:
 
     void openPanelsReplaceOrAppendAndCancelDoesNothing()
     {
-        TestSession s;
+        ModelWithFolder s;
         auto& dialogs = *s.platform.dialogs;
         dialogs.openReplies = {{s.pdf("b.pdf", 1), s.pdf("a.pdf", 1)}, {}, {s.file("b.pdf")}, {}};
         s.model.presentOpenPanel();

@@ -1,5 +1,5 @@
 #include "l10n/L10n.h"
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QDir>
 #include <QDragEnterEvent>
@@ -36,7 +36,7 @@ QMimeData* textDrag(const QString& text)
 class IntakeDropTest : public QObject {
     Q_OBJECT
 
-    struct Window : TestConsole {
+    struct Window : ShownMainWindow {
         Window() { QVERIFY(QTest::qWaitForWindowExposed(&window)); }
         // Events go to the platform window, which routes them as it does a
         // real drag: from the widget under the pointer (the stage) upwards.

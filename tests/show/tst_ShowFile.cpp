@@ -1,7 +1,8 @@
+#include "base/DecimalText.h"
 #include "l10n/L10n.h"
 #include "show/SavedShow.h"
+#include "support/ModelFixtures.h"
 #include "support/SmallDisk.h"
-#include "support/TestSession.h"
 
 #include <QtTest>
 
@@ -44,9 +45,10 @@ class ShowFileTest : public QObject {
     // A show as the program writes it, with settings that differ from the defaults.
     static SavedShow sampleShow(const std::vector<SavedShowItem>& items = {})
     {
-        return {.aspect = "r4x3", .contentFit = "cover", .customWidth = 1280, .customHeight = 720, .transitionStyle = "none",
-                .transitionDuration = 0.8, .plannedDuration = 2700, .hideOutputCursor = false, .markRed = 0.2,
-                .markGreen = 0.25, .markBlue = 1, .items = items};
+        return {.settings = {.aspect = "r4x3", .contentFit = "cover", .customWidth = 1280, .customHeight = 720,
+                             .transitionStyle = "none", .transitionDuration = 0.8, .plannedDuration = 2700,
+                             .hideOutputCursor = false, .markRed = 0.2, .markGreen = 0.25, .markBlue = 1},
+                .items = items};
     }
 
     static SavedShowItem item(const QString& path)
@@ -59,7 +61,7 @@ class ShowFileTest : public QObject {
 private slots:
     void pathsAreRelativeOnlyBelowTheShowFolder()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString b = s.pdf("Other/b.pdf");
         const QString c = s.pdf("Shows2/c.pdf");
         s.model.replacePlaylist({s.pdf("Shows/slides/a.pdf"), b, c});
@@ -86,7 +88,7 @@ private slots:
 
     void encodingIsSortedOneMemberPerLineAndByteStable()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf", 6), s.pdf("b.pdf")});
         s.model.addBookmark("Chorus", 4);
         s.model.addBookmark("Intro", 0);
@@ -207,7 +209,7 @@ private slots:
         QVERIFY(!SavedShow::decode(json));
 
         // Opening it alerts and leaves the loaded set and settings alone.
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         s.model.saveShow(s.file("before.brelvonic"));
         const auto playlist = s.model.playlist();
@@ -226,7 +228,7 @@ private slots:
     // with its name, as do a missing show and a folder.
     void aShowThatIsNoRegularFileIsNotRead()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString pipe = s.file("pipe.brelvonic");
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
         QVERIFY(QFile::link("/dev/null", s.file("device.brelvonic")));
@@ -272,13 +274,13 @@ private slots:
         coded.notes = {{"3", "three"}, {"x", "dropped"}, {"-1", "minus one"}};
         QCOMPARE(coded.notesByPage(), (std::map<qint64, QString>{{-1, "minus one"}, {3, "three"}}));
 
-        QCOMPARE(parseNoteKey("+12"), std::optional<qint64>(12));
-        QCOMPARE(parseNoteKey("007"), std::optional<qint64>(7));
-        QCOMPARE(parseNoteKey("9223372036854775807"), std::optional<qint64>(9223372036854775807LL));
-        QCOMPARE(parseNoteKey("-9223372036854775808"), std::optional<qint64>(std::numeric_limits<qint64>::min()));
+        QCOMPARE(DecimalText::parseInt64("+12"), std::optional<qint64>(12));
+        QCOMPARE(DecimalText::parseInt64("007"), std::optional<qint64>(7));
+        QCOMPARE(DecimalText::parseInt64("9223372036854775807"), std::optional<qint64>(9223372036854775807LL));
+        QCOMPARE(DecimalText::parseInt64("-9223372036854775808"), std::optional<qint64>(std::numeric_limits<qint64>::min()));
         for (const char* bad : {"", "+", "-", " 7", "7 ", "1.0", "1e3", "0x1f", "9223372036854775808",
                                    "--1", "\u0663" /* Arabic-Indic three */})
-            QVERIFY2(!parseNoteKey(QString::fromUtf8(bad)), bad);
+            QVERIFY2(!DecimalText::parseInt64(QString::fromUtf8(bad)), bad);
 
         // A hand-edited clash keeps the note under the name this program writes.
         SavedShowItem clash = item("a.pdf");
@@ -288,7 +290,7 @@ private slots:
 
     void aShowOpensWithItsSetCuesNotesAndSettings()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString a = s.pdf("Shows/slides/a.pdf", 6);
         const QString b = s.pdf("Other/b.pdf", 2);
         SavedShowItem first = item("slides/a.pdf");
@@ -325,16 +327,16 @@ private slots:
 
     void settingsTheModelCannotTakeKeepTheirValues()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.pdf("a.pdf");
         SavedShow show = sampleShow({item("a.pdf")});
-        show.aspect = "r5x4";
-        show.contentFit = "stretch";
-        show.customWidth = 0;
-        show.customHeight = 4294967296;
-        show.transitionStyle = "wipe";
-        show.transitionDuration = 0;
-        show.plannedDuration = 0;
+        show.settings.aspect = "r5x4";
+        show.settings.contentFit = "stretch";
+        show.settings.customWidth = 0;
+        show.settings.customHeight = 4294967296;
+        show.settings.transitionStyle = "wipe";
+        show.settings.transitionDuration = 0;
+        show.settings.plannedDuration = 0;
         QVERIFY(writeAll(s.file("odd.brelvonic"), show.encode()));
 
         s.model.aspect.set(AspectMode::r16x10);
@@ -350,7 +352,7 @@ private slots:
     // (output window, frame publisher) see no change.
     void equalSettingsDoNotNotify()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         const QString same = s.file("same.brelvonic");
         s.model.saveShow(same);
@@ -372,13 +374,13 @@ private slots:
 
     void aShowMovedWithItsPdfsOpensAgain()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("Shows/slides/a.pdf", 4), s.pdf("Shows/b.pdf", 2)});
         s.model.addBookmark("Intro", 3);
         s.model.saveShow(s.file("Shows/gig.brelvonic"));
 
         // Into another temporary folder, opened by another model.
-        TestSession moved;
+        ModelWithFolder moved;
         QVERIFY(QDir().mkpath(moved.file("Moved/slides")));
         for (const QString& name : QStringList{"gig.brelvonic", "slides/a.pdf", "b.pdf"})
             QVERIFY(QFile::rename(s.file("Shows/" + name), moved.file("Moved/" + name)));
@@ -392,7 +394,7 @@ private slots:
 
     void missingPdfsAreLeftOutAndNamed()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString a = s.pdf("a.pdf");
         const QString b = s.pdf("sub/b.pdf");
         const QString c = s.pdf("c.pdf");
@@ -401,7 +403,7 @@ private slots:
         s.model.saveShow(showPath);
         QVERIFY(QFile::remove(b));
 
-        TestSession reopened;
+        ModelWithFolder reopened;
         reopened.model.openShow(showPath);
         QCOMPARE(reopened.paths(), (QStringList{a, c}));
         QCOMPARE(reopened.model.playlistIndex(), 0);
@@ -412,7 +414,7 @@ private slots:
         // A file that is there but is no PDF is left out without being named missing.
         QVERIFY(QFile::remove(a));
         TestPdf::writeNotPdf(a);
-        TestSession again;
+        ModelWithFolder again;
         again.model.openShow(showPath);
         QCOMPARE(again.paths(), (QStringList{c}));
         QCOMPARE(again.alerts().size(), qsizetype(2));
@@ -422,7 +424,7 @@ private slots:
 
     void aShowWithNothingToOpenChangesNothing()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString loaded = s.pdf("loaded.pdf");
         s.model.replacePlaylist({loaded});
         s.model.aspect.set(AspectMode::r1x1);
@@ -449,7 +451,7 @@ private slots:
     // PDF; a trailing slash still names the last part. No alert goes blank.
     void handEditedPathsAreNamedByTheirLastPart()
     {
-        TestSession s;
+        ModelWithFolder s;
         QVERIFY(QDir().mkpath(s.file("Shows")));
         QVERIFY(writeAll(s.file("Shows/odd.brelvonic"), sampleShow({item(""), item("gone/")}).encode()));
         s.model.openShow(s.file("Shows/odd.brelvonic"));
@@ -463,7 +465,7 @@ private slots:
 
     void aFailedSaveKeepsTheEarlierFile()
     {
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         const QString earlier = s.file("gig.brelvonic");
         s.model.saveShow(earlier);
@@ -506,7 +508,7 @@ private slots:
         };
         for (const AppLanguage language : {AppLanguage::english, AppLanguage::german}) {
             for (const auto& c : cases) {
-                TestSession s;
+                ModelWithFolder s;
                 s.model.interfaceLanguage.set(language);
                 SmallDisk disk;
                 QVERIFY2(disk.mounted(), c.name);
@@ -537,7 +539,7 @@ private slots:
     {
         if (::geteuid() == 0)
             QSKIP("root may write into any folder");
-        TestSession s;
+        ModelWithFolder s;
         s.model.replacePlaylist({s.pdf("a.pdf")});
         QVERIFY(QDir().mkpath(s.file("locked")));
         const QString show = s.file("locked/gig.brelvonic");
@@ -553,7 +555,7 @@ private slots:
 
     void savePanelAsksOnlyWhenNeeded()
     {
-        TestSession s;
+        ModelWithFolder s;
         auto& dialogs = *s.platform.dialogs;
         s.model.presentSaveShowPanel(false);
         QCOMPARE(s.alerts(), QStringList{"Nothing to save: Open a PDF or folder first."});
@@ -593,7 +595,7 @@ private slots:
 
     void openPanelOpensTheChosenShow()
     {
-        TestSession s;
+        ModelWithFolder s;
         const QString a = s.pdf("a.pdf");
         s.model.replacePlaylist({a});
         const QString showPath = s.file("Gig.Brelvonic");

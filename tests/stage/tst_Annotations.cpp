@@ -1,7 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/CanvasInteraction.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QtTest>
@@ -51,7 +51,7 @@ private slots:
 
     void historyKeepsFortyRecords()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.setTool(StageTool::marker);
         const QString key = model.pageKey();
         for (int i = 0; i < 41; ++i)
@@ -68,7 +68,7 @@ private slots:
 
     void undoAfterClearRestoresInOrder()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         const QString key = model.pageKey();
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
@@ -108,7 +108,7 @@ private slots:
 
     void clearingAnEmptyPagePushesNothing()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.1, 0.1}, false);
         model.handleCanvasPoint({0.2, 0.1}, false);
@@ -121,7 +121,7 @@ private slots:
 
     void clickAndTinyFramesStoreNothing()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         const QString key = model.pageKey();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.4, 0.4}, true);
@@ -147,7 +147,7 @@ private slots:
 
     void pointsOutsideAreClamped()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.setTool(StageTool::marker);
         model.handleCanvasPoint({0.9, 0.5}, false);
         model.handleCanvasPoint({1.4, -0.3}, false);
@@ -159,7 +159,7 @@ private slots:
 
     void toolsToggleAndHideTheirMarks()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.setTool(StageTool::marker);
         drawStroke(model, {0.1, 0.1}, {0.2, 0.2});
         model.setTool(StageTool::marker);
@@ -186,7 +186,7 @@ private slots:
 
     void zoomRules()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.nudgeZoom(0.15);  // not the zoom tool: nothing
         QCOMPARE(model.zoomScale(), 2.2);
         QVERIFY(!model.zoomCenter());
@@ -222,7 +222,7 @@ private slots:
 
     void undoOnAnotherPageLeavesTheCurrentOne()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         model.replacePlaylist({six});
         platform.scheduler->runPending();
         QCOMPARE(model.pageCount(), 6);

@@ -1,7 +1,7 @@
 #include "model/AppModel.h"
 #include "stage/StageCanvas.h"
 #include "support/FakePlatform.h"
-#include "support/ModelFixture.h"
+#include "support/ModelFixtures.h"
 #include "support/TestPdf.h"
 
 #include <QGestureEvent>
@@ -63,7 +63,7 @@ private slots:
     {
         // A 4:3 slide on a 16:9 canvas: the picture is 360 wide, 60 from the
         // left, and input there lands on the slide's own edges.
-        auto&& [folder, platform, model] = ModelFixture();
+        auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("four-three.pdf", 2, TestPdf::standard)});
         StageCanvas canvas(model);
         canvas.resize(480, 270);
@@ -78,7 +78,7 @@ private slots:
 
     void keysStayWithTheConsoleAndTheWheelStealsNothing()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         QWidget console;
         auto* layout = new QVBoxLayout(&console);
         auto* keys = new QLineEdit(&console);  // stands for the console's key handling
@@ -124,7 +124,7 @@ private slots:
 
     void markerDragStoresAStrokeClampedToTheEdge()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {400, 300}));  // letterboxed: 400×225 slide, 37.5 px bands
         QCOMPARE(canvas.pictureRect().height(), 225.0);
@@ -158,7 +158,7 @@ private slots:
 
     void markupIsDrawnWhereTheInputLanded()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {400, 300}));
         model.setTool(StageTool::marker);
@@ -174,7 +174,7 @@ private slots:
 
     void laserFollowsHoverAndHidesOnLeave()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {320, 180}));
 
@@ -199,7 +199,7 @@ private slots:
 
     void frameAndZoomByMouse()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         QVERIFY(shown(canvas, {320, 180}));
 
@@ -223,7 +223,7 @@ private slots:
 
     void wheelNudgesZoomOnlyUnderZoom()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         canvas.resize(320, 180);
 
@@ -249,7 +249,7 @@ private slots:
 
     void pinchScalesTheZoom()
     {
-        auto&& [platform, model] = FakeModel();
+        auto&& [platform, model] = ModelOnFakes();
         StageCanvas canvas(model);
         model.setTool(StageTool::zoom);
         const QPointingDevice* pad = QPointingDevice::primaryPointingDevice();

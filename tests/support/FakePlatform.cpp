@@ -26,6 +26,54 @@ std::optional<QString> takeFront(std::deque<std::optional<QString>>& replies)
 }
 }
 
+namespace {
+class CountingDocument final : public PdfDocument {
+public:
+    CountingDocument(PdfDocumentPtr real, std::shared_ptr<std::vector<CountingPdfEngine::Request>> log)
+        : real_(std::move(real))
+        , log_(std::move(log))
+    {
+    }
+    QString path() const override { return real_->path(); }
+    int pageCount() const override { return real_->pageCount(); }
+    QSizeF pageSize(int index) const override { return real_->pageSize(index); }
+    std::shared_ptr<const QImage> render(int index, QSize box) const override
+    {
+        log_->push_back({real_->path(), index, box, false});
+        return real_->render(index, box);
+    }
+    void prefetch(int index, QSize box) const override
+    {
+        log_->push_back({real_->path(), index, box, true});
+        real_->prefetch(index, box);
+    }
+
+private:
+    PdfDocumentPtr real_;
+    std::shared_ptr<std::vector<CountingPdfEngine::Request>> log_;
+};
+}
+
+CountingPdfEngine::CountingPdfEngine()
+    : real_(std::make_shared<MuPdfEngine>())
+{
+}
+
+std::variant<PdfDocumentPtr, PdfOpenError> CountingPdfEngine::open(const QString& path)
+{
+    auto opened = real_->open(path);
+    if (auto* document = std::get_if<PdfDocumentPtr>(&opened); document && *document)
+        return PdfDocumentPtr(std::make_shared<CountingDocument>(*document, requests));
+    return opened;
+}
+
+int CountingPdfEngine::count(const QString& path, int index, bool ahead) const
+{
+    return int(std::count_if(requests->begin(), requests->end(), [&](const Request& r) {
+        return r.path == path && r.index == index && r.ahead == ahead;
+    }));
+}
+
 void FakeScheduler::after(double seconds, std::function<void()> work)
 {
     queue_.push_back(Item{now_ + std::max(seconds, 0.0), order_++, std::move(work)});
@@ -96,7 +144,7 @@ PlatformServices FakePlatform::services() const
 {
     // Only the PDF engine is real: no test opens this user's settings or recent files.
     PlatformServices s;
-    s.pdf = std::make_shared<MuPdfEngine>();
+    s.pdf = pdf;
     s.dialogs = dialogs;
     s.scheduler = scheduler;
     s.screens = screens;

@@ -3,6 +3,7 @@
 #include "platform/Activity.h"
 #include "platform/Dialogs.h"
 #include "platform/FrameSink.h"
+#include "platform/PdfEngine.h"
 #include "platform/PlatformServices.h"
 #include "platform/PreferencesStore.h"
 #include "platform/RecentDocuments.h"
@@ -147,9 +148,32 @@ public:
     bool isRunning() const override { return running; }
 };
 
+// The real PDF engine, with a log of what the model asks it to draw, so tests
+// can tell how often a page was rendered or rendered ahead.
+class CountingPdfEngine final : public PdfEngine {
+public:
+    struct Request {
+        QString path;
+        int index = 0;
+        QSize box;
+        bool ahead = false;  // a prefetch hint rather than a render
+    };
+    std::shared_ptr<std::vector<Request>> requests = std::make_shared<std::vector<Request>>();
+
+    CountingPdfEngine();
+    std::variant<PdfDocumentPtr, PdfOpenError> open(const QString& path) override;
+
+    // How many requests for page `index` of the file at `path` (any box).
+    int count(const QString& path, int index, bool ahead) const;
+
+private:
+    std::shared_ptr<PdfEngine> real_;
+};
+
 // Doubles for every layer, the real PDF engine (tests use real PDFs). Linking
 // this support also makes the system prefer English in tests.
 struct FakePlatform {
+    std::shared_ptr<CountingPdfEngine> pdf = std::make_shared<CountingPdfEngine>();
     std::shared_ptr<FakeScheduler> scheduler = std::make_shared<FakeScheduler>();
     std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
     std::shared_ptr<FakeScreens> screens = std::make_shared<FakeScreens>();

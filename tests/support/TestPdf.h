@@ -47,6 +47,33 @@ inline bool near(QRgb pixel, QColor want, int tolerance = 3)
         && qAbs(qBlue(pixel) - want.blue()) <= tolerance;
 }
 
+// A run of pixels along one row or column: where its middle is and how
+// many pixels long it is.
+struct Span {
+    double centre = -1;
+    int length = 0;
+};
+
+// The pixels from `from` to `to` (inclusive) along row `line` (column, when
+// `vertical`) that pass `test`, taken as one run from the first to the last.
+template <typename Test>
+Span spanAlong(const QImage& image, bool vertical, int line, int from, int to, Test test)
+{
+    int first = -1;
+    int last = -1;
+    for (int i = from; i <= to; ++i) {
+        const QRgb pixel = vertical ? image.pixel(line, i) : image.pixel(i, line);
+        if (test(pixel)) {
+            if (first < 0)
+                first = i;
+            last = i;
+        }
+    }
+    if (first < 0)
+        return {};
+    return {(first + last + 1) / 2.0, last - first + 1};
+}
+
 }
 
 #include <QTemporaryDir>

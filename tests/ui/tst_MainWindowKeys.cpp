@@ -1,4 +1,4 @@
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QtTest>
 
@@ -16,7 +16,7 @@ class MainWindowKeysTest : public QObject {
 private slots:
     void arrowsPagesAndSpaceMoveThroughTheSet()
     {
-        TestConsole s;
+        ShownMainWindow s;
         s.model.replacePlaylist({s.pdf("three.pdf", 3), s.pdf("twelve.pdf", 12)});
         press(s.window, {Qt::Key_Right, Qt::Key_Down, Qt::Key_PageDown});
         QCOMPARE(s.model.playlistIndex(), 1);  // past the last page of the first file
@@ -35,7 +35,7 @@ private slots:
 
     void digitsThenEnterJumpWithinTheFile()
     {
-        TestConsole s;
+        ShownMainWindow s;
         s.model.replacePlaylist({s.pdf("twelve.pdf", 12), s.pdf("three.pdf", 3)});
         press(s.window, {Qt::Key_1, Qt::Key_1});
         QCOMPARE(s.model.jumpBuffer(), QStringLiteral("11"));

@@ -1,5 +1,5 @@
 #include "l10n/L10n.h"
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QLabel>
 #include <QMenu>

@@ -1,4 +1,4 @@
-#include "support/TestConsole.h"
+#include "support/ShownMainWindow.h"
 
 #include <QFile>
 #include <QMenu>
@@ -25,7 +25,7 @@ private slots:
     // switches the save and close commands as the model changes.
     void commandsFollowTheSet()
     {
-        TestConsole c;
+        ShownMainWindow c;
         QAction* save = c.command(QStringLiteral("Save Show"));
         QAction* saveAs = c.command(QStringLiteral("Save Show As…"));
         QAction* close = c.command(QStringLiteral("Close Document"));
@@ -54,7 +54,7 @@ private slots:
     // undo, which is enabled only while there is something to undo.
     void showCommandsDriveTheStage()
     {
-        TestConsole c;
+        ShownMainWindow c;
         c.model.replacePlaylist({c.pdf("a.pdf", 3)});
         QAction* undo = c.command(QStringLiteral("Undo stroke"));
         QVERIFY(undo);
@@ -81,7 +81,7 @@ private slots:
     // as a show, and the show opens again from its file.
     void commandsOpenAndSaveThroughThePanels()
     {
-        TestConsole c;
+        ShownMainWindow c;
         c.pdf("deck/Song 10.pdf", 1);
         c.pdf("deck/Song 2.pdf", 2);
 
@@ -110,7 +110,7 @@ private slots:
     // clears the list; an empty list shows one disabled line.
     void recentMenuListsOpensAndClears()
     {
-        TestConsole c;
+        ShownMainWindow c;
         c.model.replacePlaylist({c.pdf("a.pdf", 1)});
         c.model.replacePlaylist({c.pdf("b.pdf", 2)});
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/TestSession.h"
+#include "support/ModelFixtures.h"
 #include "ui/MainWindow.h"
 
 #include <QAction>
@@ -15,10 +15,10 @@ Child* childWithText(const QWidget& window, const QString& text)
     return nullptr;
 }
 
-// The main window on a test session, shown.
-struct TestConsole : TestSession {
+// The main window on a model with a folder, shown.
+struct ShownMainWindow : ModelWithFolder {
     MainWindow window{model};
 
-    TestConsole() { window.show(); }
+    ShownMainWindow() { window.show(); }
     QAction* command(const QString& text) const { return childWithText(window, text); }
 };

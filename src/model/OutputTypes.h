@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/RawEnum.h"
-#include "stage/AnnotationTypes.h"
+#include "model/AnnotationTypes.h"
 
 #include <QImage>
 #include <QPointF>

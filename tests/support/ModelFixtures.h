@@ -8,9 +8,18 @@
 #include <QFileInfo>
 #include <QStringList>
 
-// What most model tests start from: a model on fake platform services and a
-// temporary folder to write PDFs and shows into.
-struct TestSession {
+// The two setups model tests start from, unpacked in one line:
+//     auto&& [platform, model] = ModelOnFakes();
+//     auto&& [folder, platform, model] = ModelWithFolder();
+
+// A model on fake platform services (the PDF engine is real).
+struct ModelOnFakes {
+    FakePlatform platform;
+    AppModel model{platform.services()};
+};
+
+// The same, with a temporary folder to write PDFs and shows into.
+struct ModelWithFolder {
     TestFolder folder;
     FakePlatform platform;
     AppModel model{platform.services()};
@@ -49,3 +58,19 @@ struct TestSession {
         return out;
     }
 };
+
+// Where the operator stands, for one comparison: "entry:page/pages".
+inline QString position(const AppModel& model)
+{
+    return QStringLiteral("%1:%2/%3").arg(model.playlistIndex()).arg(model.pageIndex()).arg(model.pageCount());
+}
+
+// What `byPage` (strokesByPage or framesByPage) holds for page `key`; none
+// when the page has no marks.
+template <typename ByPage>
+const auto& marksOn(const ByPage& byPage, const QString& key)
+{
+    static const typename std::decay_t<decltype(byPage.peek())>::mapped_type none;
+    const auto it = byPage.peek().find(key);
+    return it == byPage.peek().end() ? none : it->second;
+}
