@@ -14,12 +14,24 @@ packages=(
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
   # Benchmarks.
   libbenchmark-dev
+  # The video source (PipeWire), and for its tests a private PipeWire with its
+  # session manager, a session bus and a GStreamer consumer.
+  libpipewire-0.3-dev libspa-0.2-dev pipewire pipewire-bin wireplumber dbus-daemon
+  gstreamer1.0-pipewire gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+  libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
   # The clang build and the fuzzers (`make fuzz`): clang with libFuzzer and
   # the sanitizer runtimes.
   clang libclang-rt-14-dev llvm
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick
+  # The output window's X11 states and the X screen saver kept off (Xlib,
+  # XScreenSaver); the window tests read the pointer's image (XFixes).
+  libx11-dev libxss-dev libxfixes-dev
+  # Window tests on two screens: Xorg with the dummy driver, arranged by xrandr.
+  xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
+  # The screen-saver inhibit is tested against a fake service on a private session bus.
+  dbus-daemon
 )
 
 missing=()

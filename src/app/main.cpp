@@ -1,10 +1,12 @@
+#include "app/AppShell.h"
 #include "app/HandOverInbox.h"
 #include "app/SingleInstance.h"
+#include "l10n/L10n.h"
 #include "model/AppModel.h"
 #include "show/DocumentIntake.h"
-#include "ui/MainWindow.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 
@@ -36,25 +38,33 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
     QApplication::setOrganizationName(QStringLiteral("Brelvonic"));
+    QApplication::setApplicationVersion(QStringLiteral(BRELVONIC_VERSION));
+
+    // --help and --version answer and end here; files are the only other arguments.
+    QCommandLineParser parser;
+    parser.setApplicationDescription(L10n::t(QStringLiteral("cli.description")));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(QStringLiteral("files"), L10n::t(QStringLiteral("cli.files")),
+                                 QStringLiteral("[files...]"));
+    parser.process(app);
 
     // Files given at launch are taken like a drop, here or by the program
     // that already runs for this user.
-    const QStringList files = DocumentIntake::argumentPaths(app.arguments().mid(1), QDir::currentPath());
+    const QStringList files = DocumentIntake::argumentPaths(parser.positionalArguments(), QDir::currentPath());
     SingleInstance instance;
     if (instance.claim(files) == SingleInstance::Role::handedOver)
         return 0;
 
     AppModel& model = AppModel::shared();
-    MainWindow window(model);
-    window.show();
+    AppShell shell(model);
+    shell.showConsole();
     model.start();
 
     // Handed-over files are taken from the main loop (app.exec, depth 1),
     // never inside an alert or panel of an operation still under way.
     HandOverInbox inbox([&](const QStringList& paths) {
-        window.raise();
-        window.activateWindow();
-        model.ingestDroppedURLs(paths);
+        shell.openFiles(paths);
         traceSet(model);
     }, 1);
     QObject::connect(&instance, &SingleInstance::filesReceived, &inbox, &HandOverInbox::receive, Qt::QueuedConnection);

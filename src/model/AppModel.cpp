@@ -60,8 +60,12 @@ void AppModel::start()
     // 4. Keep the machine awake and responsive for the whole run.
     if (!presentationActivity.peek() && services_.activity)
         presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
-    // 5. Output window controller. (Attached by the output window subsystem.)
-    // 6. Frame publisher, when enabled. (Started by the publisher subsystem.)
+    // 5. Output window controller.
+    if (output_)
+        output_->attach(*this);
+    // 6. Frame publisher, when enabled.
+    if (syphonOutput_ && isSyphonEnabled.peek())
+        syphonOutput_->start(*this);
     // 7. Input permission check. (Read by the clicker subsystem.)
     // 8. Follow display changes.
     if (services_.screens && !screenObserver.peek()) {
@@ -89,25 +93,8 @@ void AppModel::start()
     syncOutput();
 }
 
-// ---- Stand-ins until the output window, video source and clicker work land:
-// each moves into its service's file and grows to its full behaviour there.
-void AppModel::syncOutput()
-{
-}
-
-void AppModel::toggleOutputVisible()
-{
-    isOutputVisible.mutate([](bool& on) { on = !on; });
-    syncOutput();
-}
-
-void AppModel::setSyphonEnabled(bool enabled)
-{
-    if (enabled == isSyphonEnabled.peek())
-        return;
-    isSyphonEnabled.set(enabled);
-    persistPreferences();
-}
+// ---- Stand-ins until the clicker work lands: each moves into its
+// service's file and grows to its full behaviour there.
 
 void AppModel::refreshClickerTrust()
 {

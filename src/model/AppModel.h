@@ -159,9 +159,14 @@ public:
     void toggleOutputVisible();
     // Brings the output window in line with the model (no-op without a controller).
     void syncOutput();
+    // The controller of the output window; null when the platform made none.
+    OutputWindowController* outputController() const { return output_.get(); }
 
     // ---- Video source (src/output/FramePublisher.cpp) ----
     void setSyphonEnabled(bool enabled);
+    // The publisher, where one could be made (the output window takes its
+    // frames from it).
+    FramePublisher* framePublisher() const { return syphonOutput_.get(); }
 
     // ---- Clicker (src/input/ClickerMonitor.cpp) ----
     void refreshClickerTrust();

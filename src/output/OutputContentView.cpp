@@ -2,6 +2,7 @@
 
 #include "l10n/L10n.h"
 #include "model/AppModel.h"
+#include "output/SharedOutputFrame.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -40,4 +41,11 @@ void OutputContentView::contextMenuEvent(QContextMenuEvent* event)
     QMenu* menu = makeContextMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->popup(event->globalPos());
+}
+
+void OutputContentView::paintEvent(QPaintEvent* event)
+{
+    // Composited once for both when the publisher drew this very frame.
+    if (!SharedOutputFrame::paintShared(model_, *this, state()))
+        CompositedSlideView::paintEvent(event);
 }

@@ -19,6 +19,8 @@ public:
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    // Shares the publisher's frame when it is this one (SharedOutputFrame).
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     AppModel& model_;

@@ -1,8 +1,12 @@
 #include "PlatformServices.h"
 
+#include "output/OutputWindowController.h"
+#include "output/FramePublisher.h"
+#include "output/FrameWorker.h"
 #include "platform/DBusActivity.h"
 #include "platform/QtDialogs.h"
 #include "platform/MuPdfEngine.h"
+#include "platform/PipeWireFrameSink.h"
 #include "platform/QSettingsPreferences.h"
 #include "platform/QtScreens.h"
 #include "platform/XbelRecentDocuments.h"
@@ -18,11 +22,16 @@ PlatformServices PlatformServices::forThisMachine()
     s.preferences = std::make_shared<QSettingsPreferences>();
     s.recents = std::make_shared<XbelRecentDocuments>();
     s.activity = std::make_shared<DBusActivity>();
-    // The frame sink joins here with the publisher.
+    s.frameSink = std::make_shared<PipeWireFrameSink>();
 
-    // Output window controller: made by the output window work.
+    s.makeOutputWindowController = [] { return std::make_unique<OutputWindowController>(); };
 
-    // Frame publisher: made by the video source work.
+    // Frame publisher: absent when no frame sink could be made.
+    s.makeFramePublisher = [sink = s.frameSink, scheduler = s.scheduler]() -> std::unique_ptr<FramePublisher> {
+        if (!sink)
+            return nullptr;
+        return std::make_unique<FramePublisher>(sink, scheduler, std::make_shared<FrameWorker>());
+    };
 
     // Clicker monitor: made by the clicker work.
 

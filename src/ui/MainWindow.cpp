@@ -10,11 +10,8 @@
 #include <QDragLeaveEvent>
 #include <QDragMoveEvent>
 #include <QDropEvent>
-#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMenu>
-#include <QMenuBar>
 #include <QVBoxLayout>
 
 MainWindow::MainWindow(AppModel& model, QWidget* parent)
@@ -32,67 +29,12 @@ MainWindow::MainWindow(AppModel& model, QWidget* parent)
     layout->addWidget(pageLabel_);
     setCentralWidget(central);
 
-    // The file and show commands. The slide keys are handled below as well,
-    // since they must work without opening a menu.
-    const auto hasSet = [this] { return !model_.playlist().empty(); };
-    fileMenu_ = menuBar()->addMenu(QString());
-    addCommand(fileMenu_, QStringLiteral("open.pdf_ellipsis"), QKeySequence::Open, [this] { model_.presentOpenPanel(); });
-    addCommand(fileMenu_, QStringLiteral("open.folder_ellipsis"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
-               [this] { model_.presentFolderPanel(); });
-    addCommand(fileMenu_, QStringLiteral("add.to_set_ellipsis"), {}, [this] { model_.presentAddToPlaylistPanel(); });
-    recentMenu_ = fileMenu_->addMenu(QString());
-    // Filled as it opens: always the current list, in the current language.
-    connect(recentMenu_, &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
-    addCommand(fileMenu_, QStringLiteral("close.document"), {}, [this] { model_.closeDocument(); },
-               [this] { return model_.document() != nullptr; });
-    fileMenu_->addSeparator();
-    addCommand(fileMenu_, QStringLiteral("open.show_ellipsis"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_O),
-               [this] { model_.presentOpenShowPanel(); });
-    addCommand(fileMenu_, QStringLiteral("save.show"), QKeySequence::Save, [this] { model_.presentSaveShowPanel(false); },
-               hasSet);
-    addCommand(fileMenu_, QStringLiteral("save.show_as"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
-               [this] { model_.presentSaveShowPanel(true); }, hasSet);
-    showMenu_ = menuBar()->addMenu(QString());
-    addCommand(showMenu_, QStringLiteral("slide.next"), {}, [this] { model_.goToNextSlide(); });
-    addCommand(showMenu_, QStringLiteral("slide.prev"), {}, [this] { model_.goToPreviousSlide(); });
-    showMenu_->addSeparator();
-    addCommand(showMenu_, QStringLiteral("blackout"), {}, [this] { model_.toggleBlackout(); });
-    addCommand(showMenu_, QStringLiteral("freeze"), {}, [this] { model_.toggleFreeze(); });
-    addCommand(showMenu_, QStringLiteral("laser"), {}, [this] { model_.setTool(StageTool::laser); });
-    addCommand(showMenu_, QStringLiteral("marker"), {}, [this] { model_.setTool(StageTool::marker); });
-    addCommand(showMenu_, QStringLiteral("frame"), {}, [this] { model_.setTool(StageTool::frame); });
-    addCommand(showMenu_, QStringLiteral("zoom"), {}, [this] { model_.setTool(StageTool::zoom); });
-    addCommand(showMenu_, QStringLiteral("clear.marks"), {}, [this] { model_.clearAnnotations(); });
-    addCommand(showMenu_, QStringLiteral("undo.stroke"), {}, [this] { model_.undoAnnotation(); },
-               [this] { return !model_.annotationUndo().empty(); });
-    showMenu_->addSeparator();
-    addCommand(showMenu_, QStringLiteral("bookmark.this"), QKeySequence(Qt::CTRL | Qt::Key_B),
-               [this] { model_.promptAddBookmark(); });
-    addCommand(showMenu_, QStringLiteral("cue.next"), {}, [this] { model_.goToNextCue(); });
-    addCommand(showMenu_, QStringLiteral("cue.prev"), {}, [this] { model_.goToPreviousCue(); });
-
-    // Two followers: a page turn relabels the page, not every menu command.
-    menuFollower_ = new obs::Follower([this] { updateMenus(); }, this);
-    menuFollower_->start();
+    // The menus are installed by the shell (src/app/AppCommands).
     follower_ = new obs::Follower([this] { update(); }, this);
     follower_->start();
     resize(1100, 700);
     // Drops land on the window whatever lies under the pointer.
     setAcceptDrops(true);
-}
-
-void MainWindow::updateMenus()
-{
-    // Every text is looked up afresh here; reading the language makes a change
-    // of it run this again, so the menus relabel at once.
-    (void)model_.interfaceLanguage();
-    fileMenu_->setTitle(L10n::t(QStringLiteral("files")));
-    showMenu_->setTitle(L10n::t(QStringLiteral("menu.show")));
-    recentMenu_->setTitle(L10n::t(QStringLiteral("recent")));
-    for (const Command& command : commands_) {
-        command.action->setText(L10n::t(command.key));
-        command.action->setEnabled(!command.enabled || command.enabled());
-    }
 }
 
 void MainWindow::update()
@@ -107,34 +49,6 @@ void MainWindow::update()
     if (!model_.jumpBuffer().isEmpty())
         text += QStringLiteral("  ·  → ") + model_.jumpBuffer();
     pageLabel_->setText(text);
-}
-
-void MainWindow::fillRecentMenu()
-{
-    recentMenu_->clear();
-    const QStringList recent = model_.recentFiles();
-    if (recent.isEmpty()) {
-        recentMenu_->addAction(L10n::t(QStringLiteral("recent.empty")))->setEnabled(false);
-        return;
-    }
-    for (const QString& path : recent) {
-        QAction* item = recentMenu_->addAction(QFileInfo(path).fileName());
-        connect(item, &QAction::triggered, this, [this, path] { model_.openRecentFile(path); }, Qt::QueuedConnection);
-    }
-    recentMenu_->addSeparator();
-    QAction* clear = recentMenu_->addAction(L10n::t(QStringLiteral("clear")));
-    connect(clear, &QAction::triggered, this, [this] { model_.clearRecentFiles(); }, Qt::QueuedConnection);
-}
-
-QAction* MainWindow::addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut,
-                               std::function<void()> run, std::function<bool()> enabled)
-{
-    QAction* action = menu->addAction(QString());
-    action->setShortcut(shortcut);
-    // Queued: a panel or alert opens after the menu has closed.
-    connect(action, &QAction::triggered, this, [run = std::move(run)] { run(); }, Qt::QueuedConnection);
-    commands_.push_back({action, key, std::move(enabled)});
-    return action;
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event)

@@ -26,27 +26,11 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    // A menu command: its text key, and when it can act (always when empty).
-    struct Command {
-        QAction* action;
-        QString key;
-        std::function<bool()> enabled;
-    };
-    QAction* addCommand(QMenu* menu, const QString& key, const QKeySequence& shortcut, std::function<void()> run,
-                        std::function<bool()> enabled = {});
     void update();
-    void updateMenus();
-    // The recent files, or the one disabled "No recent files" line.
-    void fillRecentMenu();
 
     AppModel& model_;
     StageCanvas* slide_;
     QLabel* pageLabel_;
-    QMenu* fileMenu_;
-    QMenu* recentMenu_;
-    QMenu* showMenu_;
-    std::vector<Command> commands_;
-    obs::Follower* menuFollower_;
     obs::Follower* follower_;
     // Shown over the whole window while a drag that carries files hovers.
     void setDropHighlight(bool shown);

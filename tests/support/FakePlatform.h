@@ -16,6 +16,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -128,24 +129,70 @@ public:
     }
 };
 
+// Records frames; `setRunning` plays the media service coming and going.
+// Frames may arrive from the compositing worker, hence the lock.
 class FakeFrameSink final : public FrameSink {
 public:
     QString name;
     bool running = false;
     bool refuseStart = false;
-    std::vector<QImage> frames;
+    // Service present: `start` runs at once; absent: it waits.
+    bool serviceUp = true;
+    int starts = 0;
+    int stops = 0;
 
     bool start(const QString& n) override
     {
         if (refuseStart)
             return false;
         name = n;
-        running = true;
+        running = serviceUp;
+        ++starts;
         return true;
     }
-    void publish(const QImage& frame) override { frames.push_back(frame.copy()); }
-    void stop() override { running = false; }
+    void publish(const QImage& frame) override
+    {
+        std::lock_guard lock(mutex_);
+        frames_.push_back(frame.copy());
+        keys_.push_back(frame.cacheKey());
+    }
+    void stop() override
+    {
+        running = false;
+        ++stops;
+    }
     bool isRunning() const override { return running; }
+    void setRunningHandler(std::function<void()> handler) override { handler_ = std::move(handler); }
+
+    void setRunning(bool on)
+    {
+        running = on;
+        if (handler_)
+            handler_();
+    }
+    std::size_t frameCount() const
+    {
+        std::lock_guard lock(mutex_);
+        return frames_.size();
+    }
+    QImage lastFrame() const
+    {
+        std::lock_guard lock(mutex_);
+        return frames_.empty() ? QImage() : frames_.back();
+    }
+    // Identity of each frame's pixels as handed over: equal keys mean the
+    // same picture handed over again without being drawn anew.
+    std::vector<qint64> frameKeys() const
+    {
+        std::lock_guard lock(mutex_);
+        return keys_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<QImage> frames_;
+    std::vector<qint64> keys_;
+    std::function<void()> handler_;
 };
 
 // The real PDF engine, with a log of what the model asks it to draw, so tests

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AppCommands.h"
 #include "support/ModelFixtures.h"
 #include "ui/MainWindow.h"
 
@@ -15,9 +16,10 @@ Child* childWithText(const QWidget& window, const QString& text)
     return nullptr;
 }
 
-// The main window on a model with a folder, shown.
+// The main window on a model with a folder, with the menu commands, shown.
 struct ShownMainWindow : ModelWithFolder {
     MainWindow window{model};
+    AppCommands* commands = new AppCommands(model, window);  // owned by the window
 
     ShownMainWindow() { window.show(); }
     QAction* command(const QString& text) const { return childWithText(window, text); }

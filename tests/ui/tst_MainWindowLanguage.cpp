@@ -1,3 +1,4 @@
+#include "app/AppCommands.h"
 #include "l10n/L10n.h"
 #include "support/ShownMainWindow.h"
 
@@ -16,6 +17,7 @@ private slots:
         AppModel model(platform.services());
         model.start();
         MainWindow window(model);
+        new AppCommands(model, window);
         window.show();
 
         QAction* open = childWithText(window, QStringLiteral("Open PDF…"));
