@@ -21,6 +21,9 @@ packages=(
   libpipewire-0.3-dev libspa-0.2-dev pipewire pipewire-bin wireplumber dbus-daemon
   gstreamer1.0-pipewire gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
   libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
+  # The clang build and the fuzzers (`make fuzz`): clang with libFuzzer and
+  # the sanitizer runtimes.
+  clang libclang-rt-14-dev llvm
   # Running without a display (make run under Xvfb, window tests), a font for
   # rendered text, and screenshots of the virtual screen (import).
   xvfb xauth x11-utils fonts-dejavu-core imagemagick

@@ -1,5 +1,7 @@
 #include "app/SingleInstance.h"
 
+#include "show/DocumentIntake.h"
+
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -120,8 +122,10 @@ SingleInstance::Read SingleInstance::readMessage(const QByteArray& buffer, QStri
         if (!value.isString())
             return Read::bad;
         // A relative path would mean the sender's folder, unknown here.
-        if (QDir::isAbsolutePath(value.toString()))
-            received << value.toString();
+        if (value.toString().startsWith(u'/')) {
+            if (auto path = DocumentIntake::localPath(value.toString(), {}))
+                received << *path;
+        }
     }
     paths = received;
     return Read::done;

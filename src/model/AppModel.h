@@ -108,7 +108,8 @@ public:
     std::optional<PlaylistEntry> currentEntry() const;
     QString pageKey() const;
     int globalPageIndex() const;
-    PdfDocumentPtr cachedDocument(const QString& url);
+    // `error`, when given, receives why a file could not be opened.
+    PdfDocumentPtr cachedDocument(const QString& url, PdfOpenError* error = nullptr);
     std::optional<PlaylistEntry> makeEntry(const QString& url);
     void replacePlaylist(const QStringList& urls);
     void appendToPlaylist(const QStringList& urls);

@@ -42,7 +42,7 @@ int AppModel::globalPageIndex() const
     return before + pageIndex();
 }
 
-PdfDocumentPtr AppModel::cachedDocument(const QString& url)
+PdfDocumentPtr AppModel::cachedDocument(const QString& url, PdfOpenError* error)
 {
     const auto& cache = documentCache.peek();
     if (auto it = cache.find(url); it != cache.end())
@@ -52,18 +52,46 @@ PdfDocumentPtr AppModel::cachedDocument(const QString& url)
     // File access needs no grant on this platform: nothing to start or stop.
     auto opened = services_.pdf->open(url);
     auto* document = std::get_if<PdfDocumentPtr>(&opened);
-    if (!document || !*document)
+    if (!document || !*document) {
+        if (auto* failure = std::get_if<PdfOpenError>(&opened); failure && error)
+            *error = *failure;
         return nullptr;
+    }
     documentCache.mutate([&](auto& map) { map[url] = *document; });
     return *document;
 }
 
+namespace {
+// The file's name, and on a second line why it did not open where the
+// engine could tell.
+QString openFailureText(const QString& url, const PdfOpenError& error)
+{
+    const QString name = QFileInfo(url).fileName();
+    const char* key = nullptr;
+    switch (error.kind) {
+    case PdfOpenError::Kind::password:
+        key = "pdf.error.password";
+        break;
+    case PdfOpenError::Kind::damaged:
+        key = "pdf.error.damaged";
+        break;
+    case PdfOpenError::Kind::notPdf:
+        key = "pdf.error.not_pdf";
+        break;
+    case PdfOpenError::Kind::other:
+        return name;
+    }
+    return name + u'\n' + L10n::t(QString::fromLatin1(key));
+}
+}
+
 std::optional<PlaylistEntry> AppModel::makeEntry(const QString& url)
 {
-    const PdfDocumentPtr document = cachedDocument(url);
+    PdfOpenError error;
+    const PdfDocumentPtr document = cachedDocument(url, &error);
     if (!document) {
         if (services_.dialogs)
-            services_.dialogs->warning(L10n::t(QStringLiteral("alert.pdf_open")), QFileInfo(url).fileName());
+            services_.dialogs->warning(L10n::t(QStringLiteral("alert.pdf_open")), openFailureText(url, error));
         return std::nullopt;
     }
     PlaylistEntry entry;

@@ -1,10 +1,12 @@
 #include "MuPdfEngine.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QMetaObject>
 
 #include <algorithm>
+#include <cmath>
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -216,21 +218,31 @@ bool drawList(fz_context* ctx, fz_display_list* list, fz_matrix ctm, int w, int 
     return ok;
 }
 
-// Opens a PDF by its content; on failure returns null and copies the reason.
-fz_document* openPdf(fz_context* ctx, const char* path, char* reason, size_t reasonSize)
+// Opens a PDF by its content; on failure returns null and sets the reason.
+// A file's page tree states its own page count; a count larger than the
+// number of objects in the file cannot be true (every page is an object of
+// its own), and believing it would size everything after it from a lie.
+fz_document* openPdf(fz_context* ctx, const char* path, PdfOpenError::Kind* kind, char* reason, size_t reasonSize)
 {
     fz_document* doc = nullptr;
     fz_stream* stream = nullptr;
     fz_var(doc);
     fz_var(stream);
+    *kind = PdfOpenError::Kind::damaged;
     fz_try(ctx)
     {
         stream = fz_open_file(ctx, path);
         doc = fz_open_document_with_stream(ctx, "application/pdf", stream);
-        if (fz_needs_password(ctx, doc))
+        if (fz_needs_password(ctx, doc)) {
+            *kind = PdfOpenError::Kind::password;
             fz_throw(ctx, FZ_ERROR_GENERIC, "The PDF is protected by a password.");
-        if (fz_count_pages(ctx, doc) <= 0)
+        }
+        const int count = fz_count_pages(ctx, doc);
+        if (count <= 0)
             fz_throw(ctx, FZ_ERROR_GENERIC, "The PDF has no pages.");
+        pdf_document* pdf = pdf_specifics(ctx, doc);
+        if (pdf && count > pdf_xref_len(ctx, pdf))
+            fz_throw(ctx, FZ_ERROR_GENERIC, "The PDF claims more pages than it holds.");
     }
     fz_always(ctx) fz_drop_stream(ctx, stream);
     fz_catch(ctx)
@@ -240,6 +252,16 @@ fz_document* openPdf(fz_context* ctx, const char* path, char* reason, size_t rea
         fz_strlcpy(reason, fz_caught_message(ctx), reasonSize);
     }
     return doc;
+}
+
+// A PDF starts with its header within the first kilobyte; without one the
+// file is something else, whatever its name says.
+bool hasPdfHeader(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    return file.read(1024).contains("%PDF-");
 }
 
 int pageCountOf(fz_context* ctx, fz_document* doc)
@@ -338,7 +360,8 @@ struct DocState {
         }
         if (!document) {
             char reason[256] = {};
-            document = openPdf(ctx, nativePath.constData(), reason, sizeof reason);
+            PdfOpenError::Kind kind = PdfOpenError::Kind::damaged;
+            document = openPdf(ctx, nativePath.constData(), &kind, reason, sizeof reason);
             if (!document)
                 return nullptr;
             ++base->parsed;
@@ -761,16 +784,30 @@ MuPdfEngine::Usage MuPdfEngine::usage() const
 
 std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path)
 {
+    // Whatever the library or an allocation it drives throws ends here as an
+    // error: a file must never be able to end the program.
+    try {
+        return openChecked(path);
+    } catch (const std::bad_alloc&) {
+        return PdfOpenError{PdfOpenError::Kind::damaged, QStringLiteral("The PDF needs more memory than there is.")};
+    } catch (const std::exception& e) {
+        return PdfOpenError{PdfOpenError::Kind::damaged, QString::fromUtf8(e.what())};
+    }
+}
+
+std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::openChecked(const QString& path)
+{
+    using Kind = PdfOpenError::Kind;
     const QFileInfo info(path);
     if (!info.exists())
-        return PdfOpenError{QStringLiteral("The file does not exist.")};
+        return PdfOpenError{Kind::other, QStringLiteral("The file does not exist.")};
     // A folder named x.pdf, or a pipe or device that would block the read.
     if (!info.isFile())
-        return PdfOpenError{QStringLiteral("This is not a regular file.")};
+        return PdfOpenError{Kind::notPdf, QStringLiteral("This is not a regular file.")};
     if (info.size() == 0)
-        return PdfOpenError{QStringLiteral("The file is empty.")};
+        return PdfOpenError{Kind::notPdf, QStringLiteral("The file is empty.")};
     if (!base_->context)
-        return PdfOpenError{QStringLiteral("The PDF engine could not start.")};
+        return PdfOpenError{Kind::other, QStringLiteral("The PDF engine could not start.")};
 
     auto state = std::make_shared<DocState>();
     state->base = base_;
@@ -779,24 +816,30 @@ std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path
     LocalContext local(base_->context);
     fz_context* ctx = local.get();
     if (!ctx)
-        return PdfOpenError{QStringLiteral("The PDF engine could not start.")};
+        return PdfOpenError{Kind::other, QStringLiteral("The PDF engine could not start.")};
 
     char reason[256] = {};
-    state->document = openPdf(ctx, state->nativePath.constData(), reason, sizeof reason);
-    if (!state->document)
-        return PdfOpenError{reason[0] ? QString::fromUtf8(reason) : QStringLiteral("The file is not a readable PDF.")};
+    Kind kind = Kind::damaged;
+    state->document = openPdf(ctx, state->nativePath.constData(), &kind, reason, sizeof reason);
+    if (!state->document) {
+        if (kind == Kind::damaged && !hasPdfHeader(path))
+            kind = Kind::notPdf;
+        return PdfOpenError{kind, reason[0] ? QString::fromUtf8(reason) : QStringLiteral("The file is not a readable PDF.")};
+    }
     ++base_->parsed;
     const int count = pageCountOf(ctx, state->document);
-    state->bounds.reserve(std::size_t(count));
+    state->bounds.reserve(std::size_t(std::max(count, 0)));
     for (int i = 0; i < count; ++i) {
         fz_rect bounds;
-        // A page that cannot even be measured makes the file unusable as a set entry.
-        if (!pageBounds(ctx, state->document, i, &bounds))
-            return PdfOpenError{QStringLiteral("The PDF is damaged.")};
+        // A page that cannot even be measured makes the file unusable as a
+        // set entry; so does one whose size is not a number.
+        if (!pageBounds(ctx, state->document, i, &bounds) || !std::isfinite(bounds.x1 - bounds.x0)
+            || !std::isfinite(bounds.y1 - bounds.y0))
+            return PdfOpenError{Kind::damaged, QStringLiteral("The PDF is damaged.")};
         state->bounds.push_back(bounds);
     }
     if (state->bounds.empty())
-        return PdfOpenError{QStringLiteral("The PDF has no pages.")};
+        return PdfOpenError{Kind::damaged, QStringLiteral("The PDF has no pages.")};
     {
         auto& workers = Workers::instance();
         std::lock_guard guard(workers.registryMutex);

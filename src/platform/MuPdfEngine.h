@@ -40,5 +40,7 @@ public:
     struct Base;
 
 private:
+    std::variant<PdfDocumentPtr, PdfOpenError> openChecked(const QString& path);
+
     std::shared_ptr<Base> base_;
 };

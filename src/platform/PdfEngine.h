@@ -67,13 +67,18 @@ struct PdfPage {
 };
 
 struct PdfOpenError {
+    // Why, where the engine can tell: the operator is shown this in the
+    // interface language; `reason` is the engine's own words, for tracing.
+    enum class Kind { other, password, damaged, notPdf };
+    Kind kind = Kind::other;
     QString reason;
 };
 
 class PdfEngine {
 public:
     virtual ~PdfEngine() = default;
-    // Opens the file at `path`. Never throws: a missing, damaged, encrypted
-    // or non-PDF file gives an error with a short reason.
+    // Opens the file at `path`. Never throws and never aborts: a missing,
+    // damaged, encrypted or non-PDF file, or one that claims more than it
+    // holds, gives an error with its kind and a short reason.
     virtual std::variant<PdfDocumentPtr, PdfOpenError> open(const QString& path) = 0;
 };

@@ -8,12 +8,23 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
+
+#include <cstdio>
 
 void QtDialogs::warning(const QString& title, const QString& informativeText)
 {
     QMessageBox box(QMessageBox::Warning, title, title, QMessageBox::Ok, QApplication::activeWindow());
     box.setInformativeText(informativeText);
+    // Watched from outside (PDF_BRELVONIC_TRACE, see main.cpp), the alert is
+    // told on stdout and dismissed as soon as its loop runs, as OK would.
+    if (qEnvironmentVariableIsSet("PDF_BRELVONIC_TRACE")) {
+        QString line = QStringLiteral("alert: ") + title + QStringLiteral(": ") + informativeText;
+        std::fputs(qPrintable(line.replace(u'\n', QStringLiteral(" | ")) + u'\n'), stdout);
+        std::fflush(stdout);
+        QTimer::singleShot(0, &box, &QMessageBox::accept);
+    }
     box.exec();
 }
 

@@ -1,12 +1,13 @@
 #include "XbelRecentDocuments.h"
 
+#include "base/AtomicWrite.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMimeDatabase>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QUrl>
 #include <QXmlStreamReader>
@@ -56,26 +57,39 @@ const QString defaultRootTag = QStringLiteral(
 // The store as read: the root's start tag and every complete child element,
 // each kept verbatim. `damaged` when the file is not a well-formed store.
 struct Store {
+    QString doctype;  // kept: other programs' entries may use its entities
     QString rootTag = defaultRootTag;
+    QString rootName = QStringLiteral("xbel");
     std::vector<Entry> entries;
     bool damaged = false;
+    // Larger than any store the desktop writes: not read, and never
+    // rewritten, since what it holds could not be kept.
+    bool tooLarge = false;
 };
 
+constexpr qint64 maxStoreBytes = 64 << 20;
+
 // The root's own start tag, kept so that the namespace prefixes other
-// programs' entries use stay declared; ours are added when missing.
-QString openRootTag(QString tag)
+// programs' entries use stay declared; ours are added when the root does not
+// declare them. What the root declares is asked of the parser, never looked
+// for in the text: an attribute's value may hold anything.
+QString openRootTag(QString tag, const QXmlStreamNamespaceDeclarations& declared)
 {
     if (tag.endsWith(QStringLiteral("/>")))
         tag.chop(2);
     else
         tag.chop(1);
     const std::pair<const char*, const char*> namespaces[] = {
-        {"xmlns:bookmark", "http://www.freedesktop.org/standards/desktop-bookmarks"},
-        {"xmlns:mime", "http://www.freedesktop.org/standards/shared-mime-info"},
+        {"bookmark", "http://www.freedesktop.org/standards/desktop-bookmarks"},
+        {"mime", "http://www.freedesktop.org/standards/shared-mime-info"},
     };
-    for (const auto& [attribute, uri] : namespaces)
-        if (!tag.contains(QLatin1StringView(attribute) + u'='))
-            tag += QStringLiteral("\n      %1=\"%2\"").arg(QLatin1StringView(attribute), QLatin1StringView(uri));
+    for (const auto& name : namespaces) {
+        const QLatin1StringView prefix(name.first);
+        const bool present = std::any_of(declared.begin(), declared.end(),
+                                         [&](const QXmlStreamNamespaceDeclaration& d) { return d.prefix() == prefix; });
+        if (!present)
+            tag += QStringLiteral("\n      xmlns:%1=\"%2\"").arg(prefix, QLatin1StringView(name.second));
+    }
     return tag + u'>';
 }
 
@@ -87,6 +101,10 @@ Store readStore(const QString& file)
     QFile f(file);
     if (!f.open(QIODevice::ReadOnly))
         return store;
+    if (f.size() > maxStoreBytes) {
+        store.damaged = store.tooLarge = true;
+        return store;
+    }
     const QString text = QString::fromUtf8(f.readAll());
     QXmlStreamReader xml(text);
     Entry current;
@@ -97,13 +115,16 @@ Store readStore(const QString& file)
         const auto token = xml.readNext();
         // The offset is just past the current tag; its '<' is the last one before.
         const auto tagStart = [&] { return text.lastIndexOf(u'<', xml.characterOffset() - 1); };
-        if (token == QXmlStreamReader::StartElement) {
+        if (token == QXmlStreamReader::DTD && depth == 0) {
+            store.doctype = xml.text().toString();
+        } else if (token == QXmlStreamReader::StartElement) {
             ++depth;
             if (depth == 1) {
                 isStore = xml.name() == u"xbel";
                 if (isStore) {
+                    store.rootName = xml.qualifiedName().toString();
                     const qsizetype at = tagStart();
-                    store.rootTag = openRootTag(text.mid(at, xml.characterOffset() - at));
+                    store.rootTag = openRootTag(text.mid(at, xml.characterOffset() - at), xml.namespaceDeclarations());
                 }
             } else if (depth == 2 && isStore) {
                 start = tagStart();
@@ -139,24 +160,22 @@ Store readStore(const QString& file)
     return store;
 }
 
+// Replaces the store as a whole or not at all: on a full disk the earlier
+// store, with every other program's entries, stays as it was.
 bool writeStore(const QString& file, const Store& store)
 {
     QDir().mkpath(QFileInfo(file).absolutePath());
-    const bool isNew = !QFileInfo::exists(file);
-    QSaveFile out(file);
-    if (!out.open(QIODevice::WriteOnly))
-        return false;
+    QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
+    if (!store.doctype.isEmpty())
+        text += store.doctype + u'\n';
+    text += store.rootTag + u'\n';
+    for (const Entry& e : store.entries)
+        text += QStringLiteral("  ") + e.raw + u'\n';
+    text += QStringLiteral("</") + store.rootName + QStringLiteral(">\n");
     // What the operator opened is nobody else's business: a store made here
     // is private, as the desktop's own writers make it. An existing one keeps
     // its mode.
-    if (isNew)
-        out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") + store.rootTag + u'\n';
-    for (const Entry& e : store.entries)
-        text += QStringLiteral("  ") + e.raw + u'\n';
-    text += QStringLiteral("</xbel>\n");
-    out.write(text.toUtf8());
-    return out.commit();
+    return !AtomicWrite::write(file, text.toUtf8(), 0600);
 }
 
 QString applicationElement(const QString& when, int count)
@@ -298,6 +317,8 @@ void XbelRecentDocuments::note(const QString& path)
 {
     const QString absolute = QFileInfo(path).absoluteFilePath();
     Store store = readForWriting(storePath_);
+    if (store.tooLarge)
+        return;
     auto& entries = store.entries;
     // Notes in quick succession must still sort in the order they were made.
     QDateTime now = QDateTime::currentDateTimeUtc();
@@ -328,7 +349,11 @@ QStringList XbelRecentDocuments::list() const
     if (store.damaged)
         return {};
     auto& entries = store.entries;
-    std::erase_if(entries, [](const Entry& e) { return !e.ours || e.path.isEmpty(); });
+    // Only absolute local paths: a relative or odd href in the shared store
+    // must not turn into a path read from the working folder.
+    std::erase_if(entries, [](const Entry& e) {
+        return !e.ours || !e.path.startsWith(u'/') || e.path.contains(QChar(0));
+    });
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.ourTime > b.ourTime; });
     QStringList paths;
     for (const Entry& e : entries) {
@@ -342,6 +367,8 @@ QStringList XbelRecentDocuments::list() const
 void XbelRecentDocuments::clear()
 {
     Store store = readStore(storePath_);
+    if (store.tooLarge)
+        return;
     bool changed = store.damaged;
     std::erase_if(store.entries, [&](Entry& e) {
         if (!e.ours)

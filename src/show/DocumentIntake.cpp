@@ -22,24 +22,28 @@ bool isPdfName(const QString& path)
     return QFileInfo(path).suffix().compare(QLatin1String("pdf"), Qt::CaseInsensitive) == 0;
 }
 
-// The local path of a file URL, none for any other URL. A host name
-// ("localhost", or the machine's name as drag protocols write it) is not part
-// of the path; QUrl::toLocalFile would make it "//host/…", a network share.
+// The local path of a file URL, none for any other URL and for a file URL
+// whose path is not absolute ("file:o"). A host name ("localhost", or the
+// machine's name as drag protocols write it) is not part of the path;
+// QUrl::toLocalFile would make it "//host/…", a network share.
 std::optional<QString> filePathOf(const QUrl& url)
 {
     if (!url.isValid() || !url.isLocalFile())
         return std::nullopt;
-    const QString path = url.path(QUrl::FullyDecoded);
-    if (path.isEmpty())
-        return std::nullopt;
-    return QDir::cleanPath(path);
+    return DocumentIntake::localPath(url.path(QUrl::FullyDecoded), {});
 }
 
-std::optional<QString> fileURLText(const QString& text)
+// The path of a "file:" URL as text, when it is one; a relative one
+// ("file:slides.pdf", as a shell completes it) is taken from `base`, or
+// refused without one.
+std::optional<std::optional<QString>> fileURLText(const QString& text, const QString& base = {})
 {
     if (!text.startsWith(QLatin1String("file:"), Qt::CaseInsensitive))
         return std::nullopt;
-    return filePathOf(QUrl(text, QUrl::StrictMode));
+    const QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || !url.isLocalFile())
+        return std::optional<QString>{};
+    return DocumentIntake::localPath(url.path(QUrl::FullyDecoded), base);
 }
 
 // The PDFs chosen in an open panel, none when cancelled.
@@ -73,13 +77,29 @@ QCollator nameCollator()
 
 namespace DocumentIntake {
 
+std::optional<QString> localPath(const QString& text, const QString& base)
+{
+    // No file name holds a NUL: the system would read a different, shorter
+    // path. Text is never handed to QFileInfo or QDir as it stands: they
+    // take ":name" for a resource compiled into the program.
+    if (text.isEmpty() || text.contains(QChar(0)))
+        return std::nullopt;
+    QString path = text;
+    if (!path.startsWith(u'/')) {
+        if (!base.startsWith(u'/') || base.contains(QChar(0)))
+            return std::nullopt;
+        path = base + u'/' + text;
+    }
+    return QDir::cleanPath(path);
+}
+
 std::optional<QString> parse(const QString& text)
 {
     const QString trimmed = text.trimmed();
     if (auto path = fileURLText(trimmed))
-        return path;
+        return *path;
     if (trimmed.startsWith(u'/'))
-        return QDir::cleanPath(trimmed);
+        return localPath(trimmed, {});
     return std::nullopt;
 }
 
@@ -103,8 +123,8 @@ std::optional<QString> parse(const QByteArray& data)
     if (text.isEmpty())
         return std::nullopt;
     if (auto path = fileURLText(text))
-        return path;
-    return QDir::cleanPath(QFileInfo(text).absoluteFilePath());
+        return *path;
+    return localPath(text, QDir::currentPath());
 }
 
 QStringList fileURLs(const QMimeData* mime)
@@ -126,14 +146,13 @@ QStringList fileURLs(const QMimeData* mime)
 QStringList argumentPaths(const QStringList& arguments, const QString& workingDirectory)
 {
     QStringList paths;
-    const QDir base(workingDirectory);
+    const QString base = QDir::cleanPath(workingDirectory);
     for (const QString& argument : arguments) {
-        if (argument.isEmpty())
-            continue;
-        if (auto path = fileURLText(argument))
-            paths << *path;
-        else
-            paths << QDir::cleanPath(base.absoluteFilePath(argument));
+        auto path = fileURLText(argument, base);
+        if (!path)
+            path = localPath(argument, base);
+        if (*path)
+            paths << **path;
     }
     return paths;
 }
@@ -193,10 +212,12 @@ QStringList AppModel::pdfs(const QString& folder)
 
 void AppModel::ingestDroppedURLs(const QStringList& paths)
 {
+    // Only absolute paths name a file here: whose working folder would a
+    // relative one mean?
     QStringList standardized;
     for (const QString& path : paths) {
-        if (!path.isEmpty())
-            standardized << QDir::cleanPath(path);
+        if (auto clean = DocumentIntake::localPath(path, {}))
+            standardized << *clean;
     }
     // A show file wins: everything else in the same drop is ignored.
     for (const QString& path : standardized) {

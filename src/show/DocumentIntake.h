@@ -13,6 +13,11 @@ class QMimeData;
 // then decides what the paths mean (AppModel::ingestDroppedURLs).
 namespace DocumentIntake {
 
+// `text` as an absolute, clean local path: as it stands when it begins with
+// "/", else taken from the folder `base` (itself absolute); none for an
+// empty text, one holding a NUL, or a relative text without a base.
+std::optional<QString> localPath(const QString& text, const QString& base);
+
 // One dropped text: a file URL, or an absolute path. Anything else gives none.
 std::optional<QString> parse(const QString& text);
 
@@ -25,7 +30,8 @@ std::optional<QString> parse(const QByteArray& data);
 QStringList fileURLs(const QMimeData* mime);
 
 // Command-line arguments as absolute paths: file URLs as given by file
-// managers, or paths relative to `workingDirectory`.
+// managers, or paths relative to `workingDirectory` (":intro.pdf" and
+// "file:slides.pdf" too). Arguments that name no file are left out.
 QStringList argumentPaths(const QStringList& arguments, const QString& workingDirectory);
 
 }

@@ -7,21 +7,23 @@
 // alone finds the PDF.
 #include "model/AppModel.h"
 
+#include "base/AtomicWrite.h"
 #include "l10n/L10n.h"
 #include "platform/Dialogs.h"
 #include "model/ShowSettings.h"
+#include "show/DocumentIntake.h"
 #include "show/SavedShow.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <limits>
 
 namespace {
 
 const QString showExtension = QStringLiteral("brelvonic");
+constexpr qint64 maxShowBytes = 64 << 20;
 
 QString showNameFilter()
 {
@@ -37,6 +39,23 @@ bool isReadableFile(const QString& path)
 {
     const QFileInfo info(path);
     return info.exists() && info.isReadable();
+}
+
+// What went wrong, in the interface language where the cause is one the
+// operator can act on.
+QString writeFailureText(const AtomicWrite::Failure& failure)
+{
+    switch (failure.kind) {
+    case AtomicWrite::Failure::Kind::noSpace:
+        return L10n::t(QStringLiteral("error.no_space"));
+    case AtomicWrite::Failure::Kind::noPermission:
+        return L10n::t(QStringLiteral("error.no_permission"));
+    case AtomicWrite::Failure::Kind::readOnly:
+        return L10n::t(QStringLiteral("error.read_only"));
+    case AtomicWrite::Failure::Kind::other:
+        break;
+    }
+    return failure.platformText;
 }
 
 }
@@ -61,10 +80,9 @@ std::optional<QString> AppModel::resolveShowItem(const SavedShowItem& item, cons
 {
     // item.bookmark cannot be resolved here (see the top of this file). An
     // empty path is the show's own folder: readable, but no PDF to open.
-    const QString candidate = item.path.startsWith(u'/')
-        ? QDir::cleanPath(item.path)
-        : QDir::cleanPath(QFileInfo(showPath).absoluteDir().filePath(item.path));
-    if (!isReadableFile(candidate))
+    const QString folder = QFileInfo(showPath).absolutePath();
+    const auto candidate = item.path.isEmpty() ? std::optional(folder) : DocumentIntake::localPath(item.path, folder);
+    if (!candidate || !isReadableFile(*candidate))
         return std::nullopt;
     return candidate;
 }
@@ -120,13 +138,10 @@ void AppModel::saveShow(const QString& path)
     }
 
     // Written beside the target and renamed over it: a failure leaves any
-    // earlier file as it was.
-    QSaveFile file(path);
-    const QByteArray bytes = show.encode();
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-    if (!written) {
+    // earlier file as it was, and every failure is told.
+    if (const auto failure = AtomicWrite::write(path, show.encode())) {
         if (services_.dialogs)
-            services_.dialogs->warning(L10n::t(QStringLiteral("alert.show_save")), file.errorString());
+            services_.dialogs->warning(L10n::t(QStringLiteral("alert.show_save")), writeFailureText(*failure));
         return;
     }
     const QString saved = absoluteClean(path);
@@ -163,6 +178,11 @@ void AppModel::openShow(const QString& path)
     QFile file(showPath);
     if (!QFileInfo(showPath).isFile() || !file.open(QIODevice::ReadOnly)) {
         alert("alert.show_read", fileName);
+        return;
+    }
+    // Far beyond any set: not read into memory, and not a show.
+    if (file.size() > maxShowBytes) {
+        alert("alert.show_corrupt", fileName);
         return;
     }
     const QByteArray bytes = file.readAll();

@@ -116,9 +116,12 @@ private slots:
         for (qsizetype n = 0; n < message.size(); ++n)
             QCOMPARE(SingleInstance::readMessage(message.first(n), paths), SingleInstance::Read::needMore);
 
-        // Relative paths mean another folder: dropped, the rest kept.
-        QCOMPARE(SingleInstance::readMessage(withPayload(R"(["a.pdf", "/b.pdf"])"), paths), SingleInstance::Read::done);
-        QCOMPARE(paths, QStringList{"/b.pdf"});
+        // Relative paths mean another folder, ":x" a resource inside the
+        // program, and a NUL cuts the name: dropped, the rest kept clean.
+        QCOMPARE(SingleInstance::readMessage(withPayload(R"(["a.pdf", "/b.pdf", ":c.pdf", "/d\u0000.pdf", "/e/../f.pdf", ""])"),
+                                             paths),
+                 SingleInstance::Read::done);
+        QCOMPARE(paths, (QStringList{"/b.pdf", "/f.pdf"}));
         QCOMPARE(SingleInstance::readMessage(SingleInstance::encode({}), paths), SingleInstance::Read::done);
         QVERIFY(paths.isEmpty());
 
@@ -244,6 +247,27 @@ private slots:
         QVERIFY(!second.says(listening));
         QTRY_VERIFY_WITH_TIMEOUT(first->says("set: one.pdf"), patience);
 
+        // A tiny file whose page tree claims 2,147,483,647 pages: one alert
+        // with the reason, the set as it was, the program still running.
+        TestPdf::writeHugePageCount(base.filePath("deck/huge.pdf"));
+        Program huge(environment, deck, {"huge.pdf"});
+        QVERIFY(huge.endedWell());
+        QTRY_COMPARE_WITH_TIMEOUT(first->out.count("\nset: one.pdf\n"), 2, patience);
+        QCOMPARE(first->out.count("alert: "), 1);
+        // Title, the file's name, and on its second line why (in whatever
+        // language the machine's locale picks).
+        static const QRegularExpression alertLine(QStringLiteral("^alert: .+: huge\\.pdf \\| .+$"),
+                                                  QRegularExpression::MultilineOption);
+        QVERIFY2(first->out.contains(alertLine), qPrintable(first->out));
+        QCOMPARE(first->process.state(), QProcess::Running);
+
+        // A name that begins with a colon, and a file URL without a folder,
+        // are files of the sender's working folder.
+        QVERIFY(TestPdf::write(base.filePath("deck/:intro.pdf"), 1));
+        Program colon(environment, deck, {":intro.pdf", "file:one.pdf"});
+        QVERIFY(colon.endedWell());
+        QTRY_VERIFY_WITH_TIMEOUT(first->says("set: one.pdf|:intro.pdf|one.pdf"), patience);
+
         // Junk on the socket changes nothing; the next hand-over still lands,
         // and onto a loaded set it appends.
         RawClient junk(socket);
@@ -251,7 +275,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(junk.hungUp(), patience);
         Program third(environment, base.path(), {"more", QUrl::fromLocalFile(base.filePath("deck/two.pdf")).toString()});
         QVERIFY(third.endedWell());
-        QTRY_VERIFY_WITH_TIMEOUT(first->says("set: one.pdf|Slide 2.pdf|Slide 10.pdf|two.pdf"), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(first->says("set: one.pdf|:intro.pdf|one.pdf|Slide 2.pdf|Slide 10.pdf|two.pdf"), patience);
         QCOMPARE(first->process.state(), QProcess::Running);
 
         // Killed, it leaves its socket behind. Two launches at once: one

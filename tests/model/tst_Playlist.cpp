@@ -41,7 +41,7 @@ private slots:
         QCOMPARE(titles(model), (QStringList{"a", "c"}));
         QCOMPARE(platform.dialogs->alerts.size(), std::size_t(1));
         QCOMPARE(platform.dialogs->alerts[0].title, L10n::t("alert.pdf_open"));
-        QCOMPARE(platform.dialogs->alerts[0].text, QStringLiteral("broken.pdf"));
+        QCOMPARE(platform.dialogs->alerts[0].text, "broken.pdf\n" + L10n::t("pdf.error.not_pdf"));
         QCOMPARE(position(model), "0:0/3");
         QCOMPARE(model.documentURL(), std::optional<QString>(a));
         QVERIFY(model.previewSlideImage());
@@ -62,15 +62,28 @@ private slots:
         TestPdf::writeEmpty(folder.file("empty.pdf"));
         QVERIFY(TestPdf::writeTruncated(folder.file("truncated.pdf")));
         QVERIFY(TestPdf::writeEncrypted(folder.file("locked.pdf")));
+        TestPdf::writeHugePageCount(folder.file("huge.pdf"));
         QDir(folder.path()).mkdir("folder.pdf");
+        // The file's name first, then why, where the engine can tell.
+        const std::vector<std::pair<const char*, const char*>> cases{
+            {"missing.pdf", nullptr},
+            {"empty.pdf", "pdf.error.not_pdf"},
+            {"truncated.pdf", "pdf.error.damaged"},
+            {"locked.pdf", "pdf.error.password"},
+            {"huge.pdf", "pdf.error.damaged"},
+            {"folder.pdf", "pdf.error.not_pdf"},
+        };
         QStringList bad;
-        for (const char* name : {"missing.pdf", "empty.pdf", "truncated.pdf", "locked.pdf", "folder.pdf"})
+        for (const auto& [name, reason] : cases)
             bad << folder.file(name);
 
         model.replacePlaylist(bad);
-        QCOMPARE(platform.dialogs->alerts.size(), std::size_t(bad.size()));
-        for (std::size_t i = 0; i < platform.dialogs->alerts.size(); ++i)
-            QCOMPARE(platform.dialogs->alerts[i].text, QFileInfo(bad[int(i)]).fileName());
+        QCOMPARE(platform.dialogs->alerts.size(), cases.size());
+        for (std::size_t i = 0; i < cases.size(); ++i) {
+            const QString name = QString::fromLatin1(cases[i].first);
+            const QString expected = cases[i].second ? name + u'\n' + L10n::t(cases[i].second) : name;
+            QCOMPARE(platform.dialogs->alerts[i].text, expected);
+        }
         QCOMPARE(model.playlist(), before);
         QCOMPARE(model.showFileURL(), std::optional<QString>("/shows/gig.brelvonic"));
         model.appendToPlaylist(bad);

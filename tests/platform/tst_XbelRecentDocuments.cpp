@@ -1,4 +1,8 @@
 #include "platform/XbelRecentDocuments.h"
+#include "support/SmallDisk.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -120,6 +124,17 @@ private slots:
         XbelRecentDocuments blank(empty);
         QVERIFY(blank.list().isEmpty());
 
+        // Far larger than any store (sparse): neither read nor rewritten,
+        // since what it holds could not be kept.
+        QFile huge(dir.filePath("huge.xbel"));
+        QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(4) << 30));
+        huge.close();
+        XbelRecentDocuments tooLarge(huge.fileName());
+        tooLarge.note(dir.filePath("z.pdf"));
+        tooLarge.clear();
+        QVERIFY(tooLarge.list().isEmpty());
+        QCOMPARE(QFileInfo(huge.fileName()).size(), qint64(4) << 30);
+
         // Cut off in the middle of the second bookmark: the first is readable
         // and must survive the repair that the next write makes.
         const QString damaged = dir.filePath("damaged.xbel");
@@ -155,6 +170,54 @@ private slots:
         QCOMPARE(bookmarkText(store, "SHARED"), tagged);
         QVERIFY(read(store).contains("<title>Desk</title>"));
         QVERIFY(read(store).contains("<separator/>"));
+    }
+
+    // Stores whose root only seems to declare what our items use, or that
+    // name things in ways of their own: what is noted reads back.
+    void everyStoreReadsBackWhatWasNoted()
+    {
+        const QByteArray header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+        const QByteArray declared = " xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\""
+                                    " xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\"";
+        const std::vector<std::pair<const char*, QByteArray>> stores{
+            {"value naming both", header + "<xbel version=\"1.0\" title=\"xmlns:mime= xmlns:bookmark=\"></xbel>\n"},
+            {"value naming one", header + "<xbel version=\"1.0\" xmlns:bookmark=\"urn:b\" note=\"xmlns:mime=\"/>\n"},
+            {"prefixed root", header + "<x:xbel xmlns:x=\"urn:x\" version=\"1.0\"" + declared + "></x:xbel>\n"},
+            {"entity of a doctype", header + "<!DOCTYPE xbel [<!ENTITY who \"Writer\">]>\n<xbel version=\"1.0\"" + declared
+                 + ">\n" + othersItem("file:///home/op/a.odt", "2", "text/plain", "&who;", "1") + "</xbel>\n"},
+        };
+        for (const auto& [name, text] : stores) {
+            const QString store = dir.filePath(QStringLiteral("odd-%1.xbel").arg(name));
+            write(store, text);
+            XbelRecentDocuments recents(store);
+            recents.note(dir.filePath("a.pdf"));
+            recents.note(dir.filePath("b.pdf"));
+            QVERIFY2(wellFormed(store), name);
+            QCOMPARE(recents.list(), (QStringList{dir.filePath("b.pdf"), dir.filePath("a.pdf")}));
+            if (text.contains("&who;"))
+                QVERIFY2(read(store).contains("&who;"), name);
+        }
+    }
+
+    // A full disk once left the shared store empty, losing every program's items.
+    void aFullDiskKeepsTheStoreAsItWas()
+    {
+        if (::geteuid() != 0)
+            QSKIP("mounting a small disk needs root");
+        SmallDisk disk;
+        QVERIFY(disk.mounted());
+        const QString store = disk.file("recently-used.xbel");
+        write(store, othersStore);
+        XbelRecentDocuments recents(store);
+        recents.note("/shows/a.pdf");
+        const QString before = read(store);
+        QVERIFY(disk.fill());
+        for (int i = 0; i < 40; ++i)  // longer than any space a page leaves
+            recents.note(QStringLiteral("/shows/a long name to grow the store by quite a bit %1.pdf").arg(i));
+        QCOMPARE(read(store), before);
+        QCOMPARE(recents.list(), QStringList{"/shows/a.pdf"});
+        // No temporary file is left beside it.
+        QCOMPARE(QDir(disk.path()).entryList(QDir::Files | QDir::Hidden), (QStringList{".filler", "recently-used.xbel"}));
     }
 
     void damagedStoreForgetsOurItemsButNotOthers()

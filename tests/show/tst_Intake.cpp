@@ -205,6 +205,26 @@ private slots:
         QCOMPARE(parse(QByteArray("rel/d.pdf")), std::optional<QString>(QDir::current().absoluteFilePath("rel/d.pdf")));
         QCOMPARE(parse(QByteArray("\xff\xfe/tmp/e.pdf")), std::nullopt);
         QCOMPARE(parse(QByteArray("\t\x01\n")), std::nullopt);
+
+        // Forms that once gave paths that were not absolute, or named a
+        // resource inside the program instead of a file.
+        const QString here = QDir::currentPath();
+        const std::vector<std::pair<QByteArray, std::optional<QString>>> odd{
+            {"file:o", std::nullopt},
+            {"file:", std::nullopt},
+            {"file:///tmp/a%00b.pdf", std::nullopt},
+            {QByteArray("a\0b.pdf", 7), std::nullopt},
+            {QByteArray("/tmp/a\0/b.pdf", 13), std::nullopt},
+            {":intro.pdf", here + "/:intro.pdf"},
+            {"..", QDir::cleanPath(here + "/..")},
+        };
+        for (const auto& [bytes, expected] : odd) {
+            QCOMPARE(parse(bytes), expected);
+            const auto text = parse(QString::fromUtf8(bytes));
+            QVERIFY2(!text || (text->startsWith(u'/') && !text->contains(QChar(0))), bytes.constData());
+        }
+        QCOMPARE(parse(QString(":intro.pdf")), std::nullopt);
+        QCOMPARE(parse(QString("file:o")), std::nullopt);
     }
 
     void dragDataGivesFileUrlsOrOneTextPath()
@@ -237,6 +257,13 @@ private slots:
             "/home/op/talks");
         QCOMPARE(paths, (QStringList{"/home/op/talks/deck.pdf", "/home/op/shows/gig.brelvonic", "/abs/b.pdf", "/tmp/My Deck.pdf",
                                      "/tmp/c.pdf"}));
+        // A leading colon is part of a file name here, and a file URL
+        // without a folder is taken from the working folder, as a shell
+        // would; what names no file is left out.
+        QCOMPARE(DocumentIntake::argumentPaths({":intro.pdf", "file:slides.pdf", "file:o", QString::fromUtf8("a\0b", 3), "file:///x%00y"},
+                                               "/home/op/talks"),
+                 (QStringList{"/home/op/talks/:intro.pdf", "/home/op/talks/slides.pdf", "/home/op/talks/o"}));
+        QVERIFY(DocumentIntake::argumentPaths({"deck.pdf"}, "relative/folder").isEmpty());
     }
 };
 

@@ -2,6 +2,7 @@
 #include "l10n/L10n.h"
 #include "show/SavedShow.h"
 #include "support/ModelFixtures.h"
+#include "support/SmallDisk.h"
 
 #include <QtTest>
 
@@ -252,9 +253,17 @@ private slots:
         done = true;
         writer.join();
 
+        // Far larger than any set (sparse, so it costs no disk): never
+        // read into memory.
+        QFile huge(s.file("huge.brelvonic"));
+        QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(4) << 30));
+        huge.close();
+        s.model.openShow(huge.fileName());
+
         QStringList expected;
         for (const char* name : {"gone", "folder", "pipe", "device"})
             expected << QString("Couldn’t read the show: %1.brelvonic").arg(name);
+        expected << "Damaged show file: huge.brelvonic";
         QCOMPARE(s.alerts(), expected);
         QVERIFY(s.model.playlist().empty());
     }
@@ -479,6 +488,69 @@ private slots:
         QVERIFY(QFileInfo(s.file("taken.brelvonic/inside")).isDir());
         QCOMPARE(readAll(earlier), before);
         QCOMPARE(s.model.showFileURL(), std::optional<QString>(earlier));
+    }
+
+    // A full disk used to leave an empty show behind without a word. Each
+    // failure keeps the earlier show byte for byte and says why, in the
+    // interface language.
+    void aSaveTheDiskRefusesKeepsTheEarlierShowAndSaysWhy()
+    {
+        if (::geteuid() != 0)
+            QSKIP("mounting a small disk needs root");
+        struct Case {
+            const char* name;
+            std::function<bool(SmallDisk&)> refuse;
+            const char* reason;
+        };
+        const std::vector<Case> cases{
+            {"full", [](SmallDisk& disk) { return disk.fill(); }, "error.no_space"},
+            {"read-only", [](SmallDisk& disk) { return disk.makeReadOnly(); }, "error.read_only"},
+        };
+        for (const AppLanguage language : {AppLanguage::english, AppLanguage::german}) {
+            for (const auto& c : cases) {
+                ModelWithFolder s;
+                s.model.interfaceLanguage.set(language);
+                SmallDisk disk;
+                QVERIFY2(disk.mounted(), c.name);
+                s.model.replacePlaylist({s.pdf("a.pdf")});
+                const QString show = disk.file("gig.brelvonic");
+                s.model.saveShow(show);
+                const QByteArray before = readAll(show);
+                QVERIFY(!before.isEmpty());
+
+                // Long notes: the new show is larger than any space a page leaves.
+                s.model.setCurrentNote(QString(20000, u'n'));
+                QVERIFY2(c.refuse(disk), c.name);
+                s.model.saveShow(show);
+                QCOMPARE(readAll(show), before);
+                QCOMPARE(s.alerts(), QStringList{L10n::t("alert.show_save") + ": " + L10n::t(c.reason)});
+                // Both reasons name the disk ("Datenträger") in German.
+                QCOMPARE(s.alerts().constFirst().contains("Datenträger"), language == AppLanguage::german);
+                QCOMPARE(s.model.showFileURL(), std::optional<QString>(show));
+                // Nothing is left beside it.
+                QStringList files = QDir(disk.path()).entryList(QDir::Files | QDir::Hidden);
+                files.removeAll(".filler");
+                QCOMPARE(files, QStringList{"gig.brelvonic"});
+            }
+        }
+    }
+
+    void aSaveIntoAFolderWithoutWritePermissionSaysSo()
+    {
+        if (::geteuid() == 0)
+            QSKIP("root may write into any folder");
+        ModelWithFolder s;
+        s.model.replacePlaylist({s.pdf("a.pdf")});
+        QVERIFY(QDir().mkpath(s.file("locked")));
+        const QString show = s.file("locked/gig.brelvonic");
+        s.model.saveShow(show);
+        const QByteArray before = readAll(show);
+        QVERIFY(QFile::setPermissions(s.file("locked"), QFile::ReadOwner | QFile::ExeOwner));
+        s.model.addBookmark("Intro", 0);
+        s.model.saveShow(show);
+        QFile::setPermissions(s.file("locked"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(readAll(show), before);
+        QCOMPARE(s.alerts(), QStringList{L10n::t("alert.show_save") + ": " + L10n::t("error.no_permission")});
     }
 
     void savePanelAsksOnlyWhenNeeded()

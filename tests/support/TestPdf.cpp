@@ -76,6 +76,18 @@ void writeNotPdf(const QString& path)
         f.write("These are the notes for tonight, not a PDF.\n");
 }
 
+void writeHugePageCount(const QString& path)
+{
+    QFile f(path);
+    if (f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        f.write("%PDF-1.4\n"
+                "1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj\n"
+                "2 0 obj <</Type/Pages/Count 2147483647/Kids[3 0 R]>> endobj\n"
+                "3 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 200 100]>> endobj\n"
+                "trailer <</Root 1 0 R>>\n"
+                "%%EOF\n");
+}
+
 bool writeTruncated(const QString& path)
 {
     if (!write(path, 3))
