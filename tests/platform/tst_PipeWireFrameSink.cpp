@@ -154,7 +154,8 @@ private slots:
         model = std::make_unique<AppModel>(s);
         model->transitionDuration.set(1.0);
         model->replacePlaylist({folder.pdf("colours.pdf", 3)});
-        QCOMPARE(TestPdf::pageShown(model->incomingSlideImage()), 0);
+        // The slide is rendered on the engine's workers.
+        QTRY_COMPARE_WITH_TIMEOUT(TestPdf::pageShown(model->incomingSlideImage()), 0, 30000);
     }
 
     // Started before the service: waiting, working, then live by itself.

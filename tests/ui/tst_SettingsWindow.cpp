@@ -99,7 +99,8 @@ private slots:
     void germanRelabelsTheSettingsAndTheConsole()
     {
         OpenSettings s;
-        MainWindow console(s.model);
+        ConsoleWindow console(s.model);
+        new AppCommands(s.model, console);  // owned by the console
         console.show();
         auto* picker = s.find<QComboBox>("languagePicker");
         QVERIFY(picker);
