@@ -18,8 +18,11 @@ struct ConsoleProbe : ShownMainWindow {
     }
 
     // Lets every follower that a change woke run its queued update.
-    static void settle()
+    // Slides come from the engine's workers: a move is settled once its
+    // slide has arrived and the followers it woke have run.
+    void settle()
     {
+        slidesSettled(model);
         for (int i = 0; i < 3; ++i)
             QCoreApplication::processEvents();
     }

@@ -50,12 +50,12 @@ private slots:
         ConsoleProbe c;
         c.openSet({2, 1});
         auto* preview = c.find<PagePreview>("nextPreview");
-        QVERIFY(preview->image());
+        QTRY_VERIFY_WITH_TIMEOUT(preview->image(), 20000);
         QCOMPARE(c.label("nextLabel"), QStringLiteral("2"));
         c.model.goToNextSlide();  // last page of the first file: the next file's first
         c.settle();
         QCOMPARE(c.label("nextLabel"), QStringLiteral("1"));
-        QVERIFY(preview->image());
+        QTRY_VERIFY_WITH_TIMEOUT(preview->image(), 20000);
         c.model.goToNextSlide();  // end of the set
         c.settle();
         QVERIFY(!preview->image());

@@ -197,7 +197,7 @@ private slots:
     {
         ConsoleProbe c;
         c.openSet({40});
-        c.platform.scheduler->runAll();  // the thumbnails render
+        QVERIFY(thumbnailsDone(c.model, *c.platform.scheduler));  // rendered on the workers
         c.settle();
         ThumbnailStrip* strip = c.window.thumbnails();
         QListView* view = strip->view();
