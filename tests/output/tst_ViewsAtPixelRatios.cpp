@@ -79,6 +79,7 @@ private slots:
         ModelWithFolder session;
         AppModel& model = session.model;
         model.replacePlaylist({session.pdf("slides.pdf", 2)});  // 16:9: the slide fills both views
+        QVERIFY(slidesSettled(model));  // the glow is measured against the slide
         model.chooseMarkColor(MarkColor{0, 0, 1});
         StageCanvas stage(model);
         OutputContentView output(model);
