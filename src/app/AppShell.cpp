@@ -37,6 +37,7 @@ AppShell::AppShell(AppModel& model, QObject* parent)
     console_->setObjectName(QStringLiteral("operator"));
     console_->installEventFilter(this);
     commands_ = new AppCommands(model_, *console_, {[this] { showAbout(); }, [this] { showSettings(); }});
+    console_->setSettingsOpener([this] { showSettings(); });
     if (qGuiApp)
         connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &AppShell::onActivation);
 }

@@ -1,11 +1,15 @@
 #include "app/AppCommands.h"
 #include "app/AppShell.h"
+#include "l10n/L10n.h"
 #include "support/ModelFixtures.h"
 #include "ui/console/ConsoleWindow.h"
 #include "ui/settings/AboutWindow.h"
 #include "ui/settings/SettingsWindow.h"
 
+#include <QToolBar>
 #include <QtTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -91,6 +95,19 @@ private slots:
         SettingsWindow* settings = s.shell.settings();
         s.shell.showSettings();
         QCOMPARE(s.shell.settings(), settings);
+        // The console's toolbar opens that same window, not one of its own.
+        QToolBar* toolbar = s.shell.console()->findChild<QToolBar*>();
+        QVERIFY(toolbar);
+        QAction* fromToolbar = nullptr;
+        for (QAction* action : toolbar->actions())
+            if (action->text() == L10n::t(QStringLiteral("settings")))
+                fromToolbar = action;
+        QVERIFY(fromToolbar);
+        fromToolbar->trigger();
+        QCOMPARE(s.shell.settings(), settings);
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        QCOMPARE(std::count_if(windows.begin(), windows.end(), [](QWidget* w) { return qobject_cast<SettingsWindow*>(w); }),
+                 1);
         QCOMPARE(s.quits, 0);
     }
 

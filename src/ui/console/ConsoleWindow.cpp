@@ -164,6 +164,10 @@ void ConsoleWindow::refresh()
 
 void ConsoleWindow::showSettings()
 {
+    if (openSettings_) {
+        openSettings_();
+        return;
+    }
     if (!settingsWindow_) {
         settingsWindow_ = new SettingsWindow(model_);
         settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);

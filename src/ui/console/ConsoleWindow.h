@@ -2,6 +2,8 @@
 
 #include <QMainWindow>
 
+#include <functional>
+
 #include <QPointer>
 
 class AppModel;
@@ -29,6 +31,8 @@ public:
     StageView* stage() const { return stage_; }
     ThumbnailStrip* thumbnails() const { return thumbnails_; }
     QWidget* sidebar() const { return sidebar_; }
+    // The shell keeps one settings window for the menu and the toolbar alike.
+    void setSettingsOpener(std::function<void()> open) { openSettings_ = std::move(open); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -60,4 +64,5 @@ private:
     ThumbnailStrip* thumbnails_;
     DropOverlay* dropOverlay_;
     QPointer<QWidget> settingsWindow_;
+    std::function<void()> openSettings_;
 };
