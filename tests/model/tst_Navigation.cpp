@@ -277,8 +277,8 @@ private slots:
         QFETCH(QString, shown);
         QFETCH(QString, following);
         const QMap<QString, QString> files{{"three", three}, {"two", two}};
-        const auto page = [&](const QString& spec) {
-            const QStringList parts = spec.split(u':');
+        const auto page = [&](const QString& fileAndPage) {
+            const QStringList parts = fileAndPage.split(u':');
             return std::make_pair(files.value(parts[0]), parts[1].toInt());
         };
 
