@@ -33,23 +33,58 @@ void traceSet(const AppModel& model)
         names << QFileInfo(entry.url).fileName();
     trace(QStringLiteral("set: ") + names.join(u'|'));
 }
+
+void nameTheProgram()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Brelvonic"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(BRELVONIC_VERSION));
 }
 
-int main(int argc, char** argv)
+// --help and --version answer and end in `process`; files are the only other
+// arguments.
+void describeArguments(QCommandLineParser& parser)
 {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("PDF Brelvonic"));
-    QApplication::setOrganizationName(QStringLiteral("Brelvonic"));
-    QApplication::setApplicationVersion(QStringLiteral(BRELVONIC_VERSION));
-    ConsoleStyle::applyDarkTheme(app);
-
-    // --help and --version answer and end here; files are the only other arguments.
-    QCommandLineParser parser;
     parser.setApplicationDescription(L10n::t(QStringLiteral("cli.description")));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("files"), L10n::t(QStringLiteral("cli.files")),
                                  QStringLiteral("[files...]"));
+}
+
+// Whether the command line only asks for help or the version, which a
+// terminal without a display must answer too.
+bool onlyAsks(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if (argument == "--")
+            return false;
+        if (argument == "-h" || argument == "-?" || argument == "--help" || argument == "--help-all"
+            || argument == "-v" || argument == "--version")
+            return true;
+    }
+    return false;
+}
+}
+
+int main(int argc, char** argv)
+{
+    if (onlyAsks(argc, argv)) {
+        QCoreApplication core(argc, argv);
+        nameTheProgram();
+        QCommandLineParser parser;
+        describeArguments(parser);
+        parser.process(core);
+        return 0;
+    }
+
+    QApplication app(argc, argv);
+    nameTheProgram();
+    ConsoleStyle::applyDarkTheme(app);
+
+    QCommandLineParser parser;
+    describeArguments(parser);
     parser.process(app);
     // Every window shows the program's icon; the desktop entry names the same one.
     QApplication::setWindowIcon(AppInfo::icon());

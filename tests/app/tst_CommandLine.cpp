@@ -1,6 +1,8 @@
 #include <QProcess>
 #include <QtTest>
 
+#include <utility>
+
 namespace {
 struct Result {
     int exitCode = -1;
@@ -8,12 +10,19 @@ struct Result {
     QString err;
 };
 
-// Runs the real program with `arguments` and waits for it to end.
-Result runProgram(const QStringList& arguments)
+// Runs the real program with `arguments` and waits for it to end; without
+// `display`, as from a terminal that has no display to show windows on.
+Result runProgram(const QStringList& arguments, bool display = true)
 {
     QProcess program;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    if (display) {
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    } else {
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        env.remove(QStringLiteral("DISPLAY"));
+        env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    }
     env.insert(QStringLiteral("LANGUAGE"), QStringLiteral("en"));
     program.setProcessEnvironment(env);
     program.start(QStringLiteral(PDF_BRELVONIC_PATH), arguments);
@@ -43,6 +52,14 @@ private slots:
         QCOMPARE(help.exitCode, 0);
         for (const char* part : {"--help", "--version", "files"})
             QVERIFY2(help.out.contains(QLatin1String(part)), qPrintable(help.out));
+
+        // Both answer where no window could open.
+        for (const auto& [ask, answer] : {std::pair{"--version", "PDF Brelvonic"}, {"-v", "PDF Brelvonic"},
+                                          {"--help", "--version"}}) {
+            const Result noDisplay = runProgram({QString::fromLatin1(ask)}, false);
+            QCOMPARE(noDisplay.exitCode, 0);
+            QVERIFY2(noDisplay.out.contains(QLatin1String(answer)), qPrintable(noDisplay.err));
+        }
 
         const Result unknown = runProgram({QStringLiteral("--projector")});
         QVERIFY(unknown.exitCode != 0);
