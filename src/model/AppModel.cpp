@@ -61,8 +61,7 @@ void AppModel::start()
     if (clicker_)
         clicker_->start(*this);
     // 4. Keep the machine awake and responsive for the whole run.
-    if (!presentationActivity.peek() && services_.activity)
-        presentationActivity.set(services_.activity->begin(QStringLiteral("Live clicker and Syphon output")));
+    keepAliveForClicker();
     // 5. Output window controller.
     if (output_)
         output_->attach(*this);
