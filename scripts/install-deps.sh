@@ -14,8 +14,8 @@ packages=(
   libjbig2dec0-dev libgumbo-dev libmujs-dev libbrotli-dev libpng-dev zlib1g-dev
   # Qt SVG: the application icon is drawn from its SVG at every size a window asks for.
   qt6-svg-dev
-  # Benchmarks.
-  libbenchmark-dev
+  # Benchmarks, and poppler's cairo backend for the side-by-side render benchmark.
+  libbenchmark-dev libpoppler-glib-dev
   # The video source (PipeWire), and for its tests a private PipeWire with its
   # session manager, a session bus and a GStreamer consumer.
   libpipewire-0.3-dev libspa-0.2-dev pipewire pipewire-bin wireplumber dbus-daemon

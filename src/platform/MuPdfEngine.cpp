@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QMetaObject>
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cmath>
 #include <array>
@@ -46,6 +48,17 @@ std::size_t bytesOf(const ImagePtr& image)
 }
 }
 
+// Pictures are megabytes each and come and go with every press. By default
+// the C library raises its threshold for giving such blocks their own pages
+// each time one is freed, after which they are carved from the workers'
+// heaps, which fragment and never shrink: a long show would grow without end.
+// A fixed threshold hands every picture back to the system when it goes.
+static void keepLargeBlocksApart()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { mallopt(M_MMAP_THRESHOLD, 1 << 20); });
+}
+
 // One base context with real locks, each worker cloning it; and what the
 // engine holds across its documents: the picture cache and the counters.
 struct MuPdfEngine::Base {
@@ -64,6 +77,7 @@ struct MuPdfEngine::Base {
 
     Base()
     {
+        keepLargeBlocksApart();
         lockContext.user = this;
         lockContext.lock = [](void* user, int lock) { static_cast<Base*>(user)->locks[std::size_t(lock)].lock(); };
         lockContext.unlock = [](void* user, int lock) { static_cast<Base*>(user)->locks[std::size_t(lock)].unlock(); };
@@ -154,7 +168,13 @@ private:
 
 // The MuPDF calls that can fail, kept apart from C++ objects: fz_try
 // unwinds with longjmp, which must not cross a C++ destructor.
-fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index, fz_cookie* cookie)
+fz_rect mediaBounds(fz_context* ctx, fz_page* page);
+
+// Also gives the page's media box, measured while the page is loaded anyway.
+// A list is always built whole, even for a render nobody wants any more: it
+// is kept and serves the next time the page is asked for. Only drawing is
+// cut short.
+fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index, fz_rect* media)
 {
     fz_display_list* list = nullptr;
     fz_page* page = nullptr;
@@ -165,9 +185,10 @@ fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index, fz_cooki
     fz_try(ctx)
     {
         page = fz_load_page(ctx, doc, index);
+        *media = mediaBounds(ctx, page);
         list = fz_new_display_list(ctx, fz_bound_page(ctx, page));
         dev = fz_new_list_device(ctx, list);
-        fz_run_page(ctx, page, dev, fz_identity, cookie);
+        fz_run_page(ctx, page, dev, fz_identity, nullptr);
         fz_close_device(ctx, dev);
     }
     fz_always(ctx)
@@ -177,11 +198,6 @@ fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index, fz_cooki
     }
     fz_catch(ctx)
     {
-        fz_drop_display_list(ctx, list);
-        list = nullptr;
-    }
-    if (list && cookie->abort) {
-        // Cut short: not the whole page.
         fz_drop_display_list(ctx, list);
         list = nullptr;
     }
@@ -314,8 +330,12 @@ struct DocState {
     std::uint64_t id = nextDocumentId++;
     QString path;
     QByteArray nativePath;
-    // Measured once at open and kept for the life of the document.
+    int pageCount = 0;
+    // Each page is measured when it is first loaded, on a worker, and kept
+    // for the life of the document; opening a file never walks all its pages.
+    // Guarded by `documentMutex`.
     std::vector<fz_rect> bounds;
+    std::vector<bool> measured;
     std::atomic<bool> near{true};
     std::atomic<std::uint64_t> lastUse{0};
 
@@ -349,7 +369,7 @@ struct DocState {
 
     // The page's display list, parsing the file again if it was let go; the
     // caller owns one reference.
-    fz_display_list* displayList(fz_context* ctx, int index, fz_cookie* cookie)
+    fz_display_list* displayList(fz_context* ctx, int index)
     {
         std::lock_guard guard(documentMutex);
         for (auto it = lists.begin(); it != lists.end(); ++it) {
@@ -358,17 +378,13 @@ struct DocState {
                 return fz_keep_display_list(ctx, it->second);
             }
         }
-        if (!document) {
-            char reason[256] = {};
-            PdfOpenError::Kind kind = PdfOpenError::Kind::damaged;
-            document = openPdf(ctx, nativePath.constData(), &kind, reason, sizeof reason);
-            if (!document)
-                return nullptr;
-            ++base->parsed;
-        }
-        fz_display_list* list = loadList(ctx, document, index, cookie);
+        if (!parse(ctx))
+            return nullptr;
+        fz_rect pageRect;
+        fz_display_list* list = loadList(ctx, document, index, &pageRect);
         if (!list)
             return nullptr;
+        remember(index, pageRect);
         lists.emplace_front(index, list);
         ++base->lists;
         if (int(lists.size()) > MuPdfEngine::listsPerDocument) {
@@ -377,6 +393,47 @@ struct DocState {
             --base->lists;
         }
         return fz_keep_display_list(ctx, list);
+    }
+
+    // Called with `documentMutex` held.
+    void remember(int index, const fz_rect& r)
+    {
+        if (measured[std::size_t(index)])
+            return;
+        bounds[std::size_t(index)] = r;
+        measured[std::size_t(index)] = true;
+    }
+
+    // The page's media box, measured now if no worker has yet. An
+    // unmeasurable page has an empty box and draws nothing.
+    fz_rect pageRect(int index)
+    {
+        std::lock_guard guard(documentMutex);
+        if (measured[std::size_t(index)])
+            return bounds[std::size_t(index)];
+        LocalContext local(base->context);
+        fz_context* ctx = local.get();
+        if (!ctx || !parse(ctx))
+            return fz_empty_rect;
+        fz_rect r;
+        if (!pageBounds(ctx, document, index, &r))
+            r = fz_empty_rect;
+        remember(index, r);
+        return r;
+    }
+
+    // Called with `documentMutex` held: the file parsed again if it was let go.
+    bool parse(fz_context* ctx)
+    {
+        if (document)
+            return true;
+        char reason[256] = {};
+        PdfOpenError::Kind kind = PdfOpenError::Kind::damaged;
+        document = openPdf(ctx, nativePath.constData(), &kind, reason, sizeof reason);
+        if (!document)
+            return false;
+        ++base->parsed;
+        return true;
     }
 
     // Lets go of the parsed file and its lists unless a worker is using them
@@ -398,19 +455,19 @@ struct DocState {
 
     ImagePtr rasterise(int index, QSize box, fz_cookie* cookie)
     {
-        if (index < 0 || index >= int(bounds.size()) || box.width() < 1 || box.height() < 1)
+        if (index < 0 || index >= pageCount || box.width() < 1 || box.height() < 1)
             return nullptr;
         LocalContext local(base->context);
         fz_context* ctx = local.get();
         if (!ctx)
             return nullptr;
-        fz_display_list* list = displayList(ctx, index, cookie);
+        fz_display_list* list = displayList(ctx, index);
         if (!list)
             return nullptr;
-        const fz_rect r = bounds[std::size_t(index)];
+        const fz_rect r = pageRect(index);
         const double pw = r.x1 - r.x0;
         const double ph = r.y1 - r.y0;
-        if (pw <= 0 || ph <= 0) {
+        if (!(pw > 0 && ph > 0) || !std::isfinite(pw) || !std::isfinite(ph)) {
             fz_drop_display_list(ctx, list);
             return nullptr;
         }
@@ -554,7 +611,7 @@ public:
         for (const auto& job : running_)
             job->cookie.abort = 1;
         wake_.notify_all();
-        idle_.wait_for(guard, std::chrono::seconds(2), [&] { return running_.empty(); });
+        idle_.wait_for(guard, std::chrono::seconds(2), [&] { return busy_ == 0; });
     }
 
 private:
@@ -592,7 +649,16 @@ private:
 
     void run(int lane)
     {
-        for (;;) {
+        while (work(lane)) {
+        }
+    }
+
+    // One job or one trim; false once the engine stops. Everything the work
+    // held (the job, its file, the picture) is let go before the worker
+    // counts as idle again, so at exit nothing is left half torn down.
+    bool work(int lane)
+    {
+        {
             std::shared_ptr<Job> job;
             bool trim = false;
             {
@@ -601,7 +667,8 @@ private:
                     return stopping_ || pick(lane) != queued_.end() || (lane == 1 && trimWanted_);
                 });
                 if (stopping_)
-                    return;
+                    return false;
+                ++busy_;
                 if (lane == 1 && trimWanted_) {
                     trimWanted_ = false;
                     trim = true;
@@ -615,30 +682,33 @@ private:
             }
             if (trim) {
                 trimDocuments();
-                continue;
+            } else {
+                ImagePtr image =
+                    job->doc->rasterise(job->key.index, QSize(job->key.width, job->key.height), &job->cookie);
+                std::vector<std::shared_ptr<Waiter>> waiters;
+                {
+                    std::lock_guard guard(mutex_);
+                    // Cached before the job leaves the running list, so a
+                    // request in between finds one or the other.
+                    if (image)
+                        job->doc->base->remember(job->key, image);
+                    std::erase(running_, job);
+                    waiters = std::move(job->waiters);
+                    job->waiters.clear();
+                }
+                if (!job->cookie.abort)
+                    for (const auto& waiter : waiters)
+                        deliver(waiter, image);
+                const bool far = !job->doc->near;
+                job.reset();
+                if (far)
+                    trimDocuments();
             }
-            ImagePtr image = job->doc->rasterise(job->key.index, QSize(job->key.width, job->key.height), &job->cookie);
-            std::vector<std::shared_ptr<Waiter>> waiters;
-            {
-                std::lock_guard guard(mutex_);
-                // Cached before the job leaves the running list, so a request
-                // in between finds one or the other.
-                if (image)
-                    job->doc->base->remember(job->key, image);
-                std::erase(running_, job);
-                waiters = std::move(job->waiters);
-                job->waiters.clear();
-                if (running_.empty())
-                    idle_.notify_all();
-            }
-            if (!job->cookie.abort)
-                for (const auto& waiter : waiters)
-                    deliver(waiter, image);
-            const bool far = !job->doc->near;
-            job.reset();
-            if (far)
-                trimDocuments();
         }
+        std::lock_guard guard(mutex_);
+        if (--busy_ == 0)
+            idle_.notify_all();
+        return true;
     }
 
     // Parsed files beyond those near the operator and a few spare ones are
@@ -667,6 +737,7 @@ private:
     std::vector<std::shared_ptr<Job>> queued_;
     std::vector<std::shared_ptr<Job>> running_;
     bool trimWanted_ = false;
+    int busy_ = 0;  // workers between taking work and letting go of it
     std::atomic<std::uint64_t> clock_{0};
 
 public:
@@ -699,12 +770,14 @@ public:
     explicit MuPdfDocument(std::shared_ptr<DocState> state) : state_(std::move(state)) {}
 
     QString path() const override { return state_->path; }
-    int pageCount() const override { return int(state_->bounds.size()); }
+    int pageCount() const override { return state_->pageCount; }
     QSizeF pageSize(int index) const override
     {
         if (index < 0 || index >= pageCount())
             return {};
-        const fz_rect& r = state_->bounds[std::size_t(index)];
+        const fz_rect r = state_->pageRect(index);
+        if (fz_is_empty_rect(r))
+            return {};
         return QSizeF(r.x1 - r.x0, r.y1 - r.y0);
     }
     std::shared_ptr<const QImage> render(int index, QSize box) const override
@@ -827,19 +900,20 @@ std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::openChecked(const QStrin
         return PdfOpenError{kind, reason[0] ? QString::fromUtf8(reason) : QStringLiteral("The file is not a readable PDF.")};
     }
     ++base_->parsed;
-    const int count = pageCountOf(ctx, state->document);
-    state->bounds.reserve(std::size_t(std::max(count, 0)));
-    for (int i = 0; i < count; ++i) {
-        fz_rect bounds;
-        // A page that cannot even be measured makes the file unusable as a
-        // set entry; so does one whose size is not a number.
-        if (!pageBounds(ctx, state->document, i, &bounds) || !std::isfinite(bounds.x1 - bounds.x0)
-            || !std::isfinite(bounds.y1 - bounds.y0))
-            return PdfOpenError{Kind::damaged, QStringLiteral("The PDF is damaged.")};
-        state->bounds.push_back(bounds);
-    }
-    if (state->bounds.empty())
+    // The count was checked against what the file holds, so these are sized
+    // from the truth. Only the first page is measured here: a file whose
+    // opening slide cannot even be loaded is no use as a set entry, and
+    // measuring every page would keep the console waiting on a long file.
+    state->pageCount = pageCountOf(ctx, state->document);
+    if (state->pageCount <= 0)
         return PdfOpenError{Kind::damaged, QStringLiteral("The PDF has no pages.")};
+    state->bounds.assign(std::size_t(state->pageCount), fz_empty_rect);
+    state->measured.assign(std::size_t(state->pageCount), false);
+    fz_rect first;
+    if (!pageBounds(ctx, state->document, 0, &first) || !std::isfinite(first.x1 - first.x0)
+        || !std::isfinite(first.y1 - first.y0))
+        return PdfOpenError{Kind::damaged, QStringLiteral("The PDF is damaged.")};
+    state->remember(0, first);
     {
         auto& workers = Workers::instance();
         std::lock_guard guard(workers.registryMutex);
