@@ -3,7 +3,8 @@
 // cached), then by poppler's cairo backend on the same pages at the same
 // size. Prints ms per page for both and their ratio, per deck.
 //
-// Usage: bench_render_compare deck.pdf ...   (a generated deck when given none)
+// Usage: bench_render_compare [--only engine|poppler] deck.pdf ...
+// (a generated deck when given none)
 #include "platform/MuPdfEngine.h"
 #include "support/TestPdf.h"
 
@@ -103,8 +104,14 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QStringList decks;
-    for (const QString& arg : app.arguments().mid(1))
-        decks << QFileInfo(arg).absoluteFilePath();
+    QString only;  // "engine" or "poppler": one side alone, for a profiler
+    const QStringList args = app.arguments().mid(1);
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--only") && i + 1 < args.size())
+            only = args[++i];
+        else
+            decks << QFileInfo(args[i]).absoluteFilePath();
+    }
     TestFolder generated;
     if (decks.isEmpty())
         decks << generated.pdf(QStringLiteral("generated.pdf"), 30);
@@ -112,8 +119,8 @@ int main(int argc, char** argv)
     std::printf("%-28s %6s %12s %12s %12s %12s %7s\n", "deck (1920x1080, cold)", "pages", "engine mean", "poppler mean",
                 "engine med", "poppler med", "ratio");
     for (const QString& deck : decks) {
-        const Times engine = engineTimes(deck);
-        const Times poppler = popplerTimes(deck);
+        const Times engine = only == QLatin1String("poppler") ? Times{{1}} : engineTimes(deck);
+        const Times poppler = only == QLatin1String("engine") ? Times{{1}} : popplerTimes(deck);
         if (engine.ms.empty() || poppler.ms.empty()) {
             std::printf("%-28s cannot open\n", qPrintable(QFileInfo(deck).fileName()));
             continue;

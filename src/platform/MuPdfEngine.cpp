@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMetaObject>
-
 #include <malloc.h>
 
 #include <algorithm>
@@ -48,11 +47,14 @@ std::size_t bytesOf(const ImagePtr& image)
 }
 }
 
-// Pictures are megabytes each and come and go with every press. By default
-// the C library raises its threshold for giving such blocks their own pages
-// each time one is freed, after which they are carved from the workers'
-// heaps, which fragment and never shrink: a long show would grow without end.
-// A fixed threshold hands every picture back to the system when it goes.
+// Pages are drawn into pictures of megabytes, and the library's own
+// temporaries (transparency groups, soft masks, decoded images) are as large.
+// By default the C library raises its threshold for giving such blocks pages
+// of their own each time one is freed, after which they are carved from the
+// workers' heaps, which fragment and never shrink: memory grew with every
+// file of a long set. A fixed threshold hands each of them back to the system
+// when it goes; the price is fresh pages for every large block, a few
+// milliseconds on a page full of soft masks.
 static void keepLargeBlocksApart()
 {
     static std::once_flag once;
@@ -204,6 +206,50 @@ fz_display_list* loadList(fz_context* ctx, fz_document* doc, int index, fz_rect*
     return list;
 }
 
+// The library strokes outlined text glyph by glyph through FreeType's
+// stroker and keeps none of the results, which made pages with outlined
+// lettering (common in MetaPost and TeX output) several times slower than
+// their fill. The same outlines stroked as paths go through the library's
+// own rasteriser, which draws the same shapes much faster. Fonts without
+// outlines (Type 3) keep the library's way.
+using StrokeText = void (*)(fz_context*, fz_device*, const fz_text*, const fz_stroke_state*, fz_matrix,
+                            fz_colorspace*, const float*, float, fz_color_params);
+std::atomic<StrokeText> libraryStrokeText{nullptr};
+
+void strokeGlyph(fz_context* ctx, fz_device* dev, fz_font* font, int gid, fz_matrix trm, const fz_stroke_state* stroke,
+                 fz_matrix ctm, fz_colorspace* colorspace, const float* color, float alpha, fz_color_params params)
+{
+    fz_path* path = fz_outline_glyph(ctx, font, gid, trm);
+    if (!path)
+        return;
+    fz_try(ctx) dev->stroke_path(ctx, dev, path, stroke, ctm, colorspace, color, alpha, params);
+    fz_always(ctx) fz_drop_path(ctx, path);
+    fz_catch(ctx) fz_rethrow(ctx);
+}
+
+void strokeTextAsPaths(fz_context* ctx, fz_device* dev, const fz_text* text, const fz_stroke_state* stroke,
+                       fz_matrix ctm, fz_colorspace* colorspace, const float* color, float alpha,
+                       fz_color_params params)
+{
+    for (const fz_text_span* span = text->head; span; span = span->next) {
+        if (!fz_font_ft_face(ctx, span->font)) {
+            libraryStrokeText.load()(ctx, dev, text, stroke, ctm, colorspace, color, alpha, params);
+            return;
+        }
+    }
+    for (const fz_text_span* span = text->head; span; span = span->next) {
+        for (int i = 0; i < span->len; ++i) {
+            const fz_text_item& item = span->items[i];
+            if (item.gid < 0)
+                continue;
+            fz_matrix trm = span->trm;
+            trm.e = item.x;
+            trm.f = item.y;
+            strokeGlyph(ctx, dev, span->font, item.gid, trm, stroke, ctm, colorspace, color, alpha, params);
+        }
+    }
+}
+
 // Draws straight into `bits`: B, G, R, A bytes, which is what
 // QImage::Format_ARGB32_Premultiplied holds on this platform, so the picture
 // needs no conversion afterwards.
@@ -221,6 +267,8 @@ bool drawList(fz_context* ctx, fz_display_list* list, fz_matrix ctm, int w, int 
         pix = fz_new_pixmap_with_data(ctx, fz_device_bgr(ctx), w, h, nullptr, 1, stride, bits);
         fz_clear_pixmap_with_value(ctx, pix, 0xFF);
         dev = fz_new_draw_device(ctx, fz_identity, pix);
+        libraryStrokeText = dev->stroke_text;
+        dev->stroke_text = strokeTextAsPaths;
         fz_run_display_list(ctx, list, dev, ctm, fz_infinite_rect, cookie);
         fz_close_device(ctx, dev);
         ok = !cookie->abort;

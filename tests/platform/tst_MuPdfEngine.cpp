@@ -84,6 +84,36 @@ private slots:
         QVERIFY(near(turned->pixel(176, 316), TestPdf::pageRgb(1)));
     }
 
+    void outlinedLettersKeepTheirInsideEmpty()
+    {
+        // Stroked text is drawn as the glyphs' outlines: along a row through
+        // the letter's stem, its two edges are dark and the stem between
+        // them shows the page, as when the library strokes glyphs itself.
+        const QString path = folder.file("outlined.pdf");
+        TestPdf::writeOutlinedLetter(path);
+        auto doc = openOk(engine, path);
+        QVERIFY(doc);
+        auto image = doc->render(0, QSize(200, 400));
+        QVERIFY(image);
+        QCOMPARE(image->size(), QSize(200, 400));
+        const int row = 233;  // halfway up the letter
+        std::vector<std::pair<int, int>> dark;  // runs: first, last
+        for (int x = 0; x < image->width(); ++x) {
+            if (qGray(image->pixel(x, row)) >= 128)
+                continue;
+            if (!dark.empty() && dark.back().second == x - 1)
+                dark.back().second = x;
+            else
+                dark.emplace_back(x, x);
+        }
+        QCOMPARE(dark.size(), std::size_t(2));
+        for (const auto& [first, last] : dark)
+            QVERIFY2(last - first + 1 >= 2 && last - first + 1 <= 7, qPrintable(QString::number(last - first + 1)));
+        const int inside = dark[1].first - dark[0].second - 1;
+        QVERIFY2(inside >= 15, qPrintable(QString::number(inside)));
+        QVERIFY(qGray(image->pixel((dark[0].second + dark[1].first) / 2, row)) > 240);
+    }
+
     void brokenFilesFailWithAReason()
     {
         using Kind = PdfOpenError::Kind;

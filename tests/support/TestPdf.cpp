@@ -88,6 +88,34 @@ void writeHugePageCount(const QString& path)
                 "%%EOF\n");
 }
 
+void writeOutlinedLetter(const QString& path)
+{
+    // Text render mode 1: the glyph's outline is stroked, its inside left empty.
+    const QByteArray content = "1 Tr 4 w 0 0 0 RG BT /F1 300 Tf 60 60 Td (I) Tj ET";
+    const QList<QByteArray> objects{
+        "<</Type/Catalog/Pages 2 0 R>>",
+        "<</Type/Pages/Count 1/Kids[3 0 R]>>",
+        "<</Type/Page/Parent 2 0 R/MediaBox[0 0 200 400]/Resources<</Font<</F1 4 0 R>>>>/Contents 5 0 R>>",
+        "<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>",
+        "<</Length " + QByteArray::number(content.size()) + ">>\nstream\n" + content + "\nendstream",
+    };
+    QByteArray pdf = "%PDF-1.4\n";
+    QList<qsizetype> offsets;
+    for (int i = 0; i < objects.size(); ++i) {
+        offsets << pdf.size();
+        pdf += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const qsizetype xref = pdf.size();
+    pdf += "xref\n0 " + QByteArray::number(objects.size() + 1) + "\n0000000000 65535 f \n";
+    for (qsizetype offset : offsets)
+        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    pdf += "trailer\n<</Size " + QByteArray::number(objects.size() + 1) + "/Root 1 0 R>>\nstartxref\n"
+        + QByteArray::number(xref) + "\n%%EOF\n";
+    QFile f(path);
+    if (f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        f.write(pdf);
+}
+
 bool writeTruncated(const QString& path)
 {
     if (!write(path, 3))

@@ -25,6 +25,9 @@ void writeNotPdf(const QString& path);              // plain text
 bool writeTruncated(const QString& path);           // a real PDF cut in half
 // A few hundred bytes whose page tree claims 2,147,483,647 pages.
 void writeHugePageCount(const QString& path);
+// One 200×400 pt page with a capital I 300 pt tall in Helvetica, its outline
+// stroked 4 pt wide and its inside left empty, on white.
+void writeOutlinedLetter(const QString& path);
 // Encrypted (AES-256) with a user password: it cannot be opened without it.
 bool writeEncrypted(const QString& path, const QByteArray& userPassword = "stage");
 // A deck from `write` (16:9) whose first page has a crop box of the left
