@@ -351,6 +351,14 @@ private:
     std::optional<PdfPage> stageWaitsFor_;
     std::optional<OutputWait> outputWaitsFor_;
     std::vector<std::pair<PdfPage, RenderTicketPtr>> slideTickets_;
-    std::vector<RenderTicketPtr> aheadTickets_;
+    // A render asked for ahead; kept while it runs, so asking for the same
+    // page again after the next press does not ask the engine twice.
+    struct AheadRender {
+        PdfPage page;
+        RenderUrgency urgency;
+        RenderTicketPtr ticket;
+        std::shared_ptr<bool> finished;
+    };
+    std::vector<AheadRender> aheadTickets_;
     std::shared_ptr<ThumbnailPass> thumbnailPass_;
 };

@@ -129,13 +129,29 @@ void AppModel::renderAround()
     for (const auto& [url, doc] : documentCache.peek())
         doc->setNear(near.count(url) > 0);
 
-    std::vector<RenderTicketPtr> tickets;
+    std::vector<AheadRender> tickets;
     const PdfDocumentPtr doc = document.peek();
     if (doc) {
         const QSize box = slideBox();
         const auto ask = [&](const PdfDocumentPtr& d, int index, RenderUrgency urgency) {
-            if (d && index >= 0 && index < d->pageCount())
-                tickets.push_back(d->request(index, box, urgency, {}));
+            if (!d || index < 0 || index >= d->pageCount())
+                return;
+            const PdfPage page{d, index};
+            // Still under way from an earlier position: it carries on.
+            auto running = std::find_if(aheadTickets_.begin(), aheadTickets_.end(), [&](const AheadRender& r) {
+                return r.ticket && r.page == page && r.urgency == urgency && !*r.finished;
+            });
+            if (running != aheadTickets_.end()) {
+                tickets.push_back(std::move(*running));
+                running->ticket.reset();
+                return;
+            }
+            if (d->cached(index, box))
+                return;
+            auto finished = std::make_shared<bool>(false);
+            tickets.push_back(AheadRender{page, urgency,
+                                          d->request(index, box, urgency, [finished](ImagePtr) { *finished = true; }),
+                                          finished});
         };
         const int page = pageIndex.peek();
         const int last = std::max(pageCount.peek() - 1, 0);
@@ -173,10 +189,21 @@ void AppModel::renderAround()
             ask(doc, after >= 0 ? after : first->pageIndex, RenderUrgency::ahead);
             ask(doc, before >= 0 ? before : lastCue->pageIndex, RenderUrgency::ahead);
         }
+        // Last, two pages forward: a heavy page then has the time of two
+        // presses to get ready.
+        if (page + 1 < last) {
+            ask(doc, page + 2, RenderUrgency::ahead);
+        } else if (const auto* following = entryAt(current + 1)) {
+            // The second page forward is the next file's first or second.
+            const int into = page + 2 - (last + 1);
+            if (into < following->pageCount)
+                ask(opened(following), into, RenderUrgency::ahead);
+        }
     }
-    // Asked again before the old ones go, so work wanted by both carries on.
-    for (auto& ticket : aheadTickets_)
-        ticket->cancel();
+    // What is no longer wanted from here stops.
+    for (auto& render : aheadTickets_)
+        if (render.ticket)
+            render.ticket->cancel();
     aheadTickets_ = std::move(tickets);
 }
 
@@ -185,8 +212,9 @@ void AppModel::stopSlideWork()
     stageWaitsFor_.reset();
     outputWaitsFor_.reset();
     dropUnwantedSlides();
-    for (auto& ticket : aheadTickets_)
-        ticket->cancel();
+    for (auto& render : aheadTickets_)
+        if (render.ticket)
+            render.ticket->cancel();
     aheadTickets_.clear();
     stopThumbnails();
 }

@@ -90,7 +90,7 @@ private slots:
         // Across the boundary: from the first page, the last page of the file before.
         QTRY_VERIFY(docA->cached(4, slide));
         model.playlist.mutate([](auto& list) {
-            list[1].cues.push_back(CueBookmark{QUuid::createUuid(), 3, QStringLiteral("Finale")});
+            list[1].cues.push_back(CueBookmark{QUuid::createUuid(), 4, QStringLiteral("Finale")});
         });
         model.goToPage(1);
         model.appendJumpDigit("6");  // page 6, not yet entered
@@ -102,7 +102,8 @@ private slots:
             {"next", 2},
             {"previous", 0},
             {"typed", 5},
-            {"cue", 3},
+            {"cue", 4},
+            {"two forward", 3},
         };
         for (const auto& c : cases) {
             const PdfDocumentPtr doc = model.document();
@@ -113,6 +114,15 @@ private slots:
         QVERIFY(!model.isAwaitingSlide());
         QCOMPARE(pageShown(model.previewSlideImage()), 5);
         QCOMPARE(model.previewSlideImage()->size(), slide);
+
+        // Two forward from a file's last page is the next file's second page.
+        const QString c = folder.pdf("ahead-c.pdf", 3);
+        const QString d = folder.pdf("ahead-d.pdf", 4);
+        model.replacePlaylist({c, d});
+        model.goToPage(2);
+        const PdfDocumentPtr docD = model.cachedDocument(d);
+        QTRY_VERIFY(docD->cached(0, slide));
+        QTRY_VERIFY(docD->cached(1, slide));
     }
 
     void anEntryFarBackComesBackWithItsCuesAndNotes()
