@@ -59,6 +59,7 @@ bench: build
 	@for b in $(BUILD_DIR)/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$b"; \
 		if [ "$${b##*/}" = bench_presenter ] && [ -n "$(DECKS)" ]; then \
 			"$$b" $$([ -d "$(DECKS)/set50" ] && echo --set "$(DECKS)/set50") "$(DECKS)"/*.pdf; \
+		elif [ "$${b##*/}" = bench_render_compare ] && [ -n "$(DECKS)" ]; then "$$b" "$(DECKS)"/*.pdf; \
 		else "$$b"; fi; done
 
 # A Debian package of the program in $(BUILD_DIR) (install it with apt or dpkg -i).

@@ -137,9 +137,12 @@ void AppModel::renderAround()
             if (!d || index < 0 || index >= d->pageCount())
                 return;
             const PdfPage page{d, index};
+            const auto same = [&](const AheadRender& r) { return r.page == page && r.urgency == urgency; };
+            if (std::any_of(tickets.begin(), tickets.end(), same))
+                return;
             // Still under way from an earlier position: it carries on.
             auto running = std::find_if(aheadTickets_.begin(), aheadTickets_.end(), [&](const AheadRender& r) {
-                return r.ticket && r.page == page && r.urgency == urgency && !*r.finished;
+                return r.ticket && same(r) && !*r.finished;
             });
             if (running != aheadTickets_.end()) {
                 tickets.push_back(std::move(*running));

@@ -168,9 +168,10 @@ private:
     fz_context* ctx_;
 };
 
+fz_rect mediaBounds(fz_context* ctx, fz_page* page);
+
 // The MuPDF calls that can fail, kept apart from C++ objects: fz_try
 // unwinds with longjmp, which must not cross a C++ destructor.
-fz_rect mediaBounds(fz_context* ctx, fz_page* page);
 
 // Also gives the page's media box, measured while the page is loaded anyway.
 // A list is always built whole, even for a render nobody wants any more: it

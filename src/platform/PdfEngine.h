@@ -30,9 +30,10 @@ public:
 using RenderTicketPtr = std::shared_ptr<RenderTicket>;
 using RenderDone = std::function<void(std::shared_ptr<const QImage>)>;
 
-// One open PDF. `pageCount`, `pageSize`, `cached`, `request` and `setNear`
-// return at once and are the only calls the main thread makes; `render`
-// waits for the picture and is for benchmarks, tests and tools.
+// One open PDF. `pageCount`, `cached`, `request` and `setNear` return at
+// once and are the only calls the main thread makes; `pageSize` may load the
+// page the first time it is asked, and `render` waits for the picture: both
+// are for benchmarks, tests and tools.
 class PdfDocument {
 public:
     virtual ~PdfDocument() = default;
