@@ -48,14 +48,18 @@ int main(int argc, char** argv)
     TestPdf::writeHugePageCount(in("pdf", "huge-count.pdf"));
 
     SavedShow show;
-    show.aspect = QStringLiteral("r16x9");
-    show.contentFit = QStringLiteral("contain");
-    show.customWidth = 1920;
-    show.customHeight = 1080;
-    show.transitionStyle = QStringLiteral("fade");
-    show.transitionDuration = 0.35;
-    show.plannedDuration = 2700;
-    show.markRed = 1;
+    // Every setting present, as a show file must have them.
+    show.settings = ShowSettings{.aspect = QStringLiteral("r16x9"),
+                                 .contentFit = QStringLiteral("contain"),
+                                 .customWidth = 1920,
+                                 .customHeight = 1080,
+                                 .transitionStyle = QStringLiteral("fade"),
+                                 .transitionDuration = 0.35,
+                                 .plannedDuration = 2700,
+                                 .hideOutputCursor = true,
+                                 .markRed = 1,
+                                 .markGreen = 0.2,
+                                 .markBlue = 0.1};
     SavedShowItem item;
     item.path = QStringLiteral("slides/opening.pdf");
     item.bookmark = QByteArray("bookmark");

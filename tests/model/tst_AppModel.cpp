@@ -142,7 +142,7 @@ private slots:
         auto&& [platform, model] = ModelOnFakes();
         const AppLanguage current = model.interfaceLanguage();
         int told = 0;
-        auto tracker = obs::withTracking([&] { (void)model.interfaceLanguage(); }, [&] { ++told; });
+        auto tracker = obs::withTracking([&model = model] { (void)model.interfaceLanguage(); }, [&] { ++told; });
         model.interfaceLanguage.set(current);
         QCOMPARE(told, 0);
         QCOMPARE(platform.preferences->values.value("interfaceLanguage").toString(), appLanguages.rawValue(current));

@@ -294,9 +294,10 @@ private slots:
         // Two pages forward are rendered ahead too, so the page after the
         // new one may have been asked for before the press.
         const QSize slideBox = model.snapshotSize().toSize();
-        const auto slidesAskedAhead = [&] {
-            return std::count_if(platform.pdf->requests->begin(), platform.pdf->requests->end(), [&](const auto& r) {
-                return r.path == nextFile && r.index == nextIndex && r.ahead && r.box == slideBox;
+        const auto slidesAskedAhead = [&requests = *platform.pdf->requests, file = nextFile, index = nextIndex,
+                                       slideBox] {
+            return std::count_if(requests.begin(), requests.end(), [&](const auto& r) {
+                return r.path == file && r.index == index && r.ahead && r.box == slideBox;
             });
         };
         const auto askedAheadBefore = slidesAskedAhead();

@@ -141,7 +141,7 @@ private slots:
         int told = 0;
         // Without a document canGoNext reads only `document`: other
         // properties are none of its business.
-        auto tracker = obs::withTracking([&] { QVERIFY(!model.canGoNext()); }, [&] { ++told; });
+        auto tracker = obs::withTracking([&model = model] { QVERIFY(!model.canGoNext()); }, [&] { ++told; });
         model.pageCount.set(5);
         model.isBlackout.set(true);
         QCOMPARE(told, 0);
@@ -152,7 +152,7 @@ private slots:
         // With a document it reads the page behind it: the reader of the
         // derived value alone hears of a page move, once however many follow.
         told = 0;
-        tracker = obs::withTracking([&] { QVERIFY(model.canGoNext()); }, [&] { ++told; });
+        tracker = obs::withTracking([&model = model] { QVERIFY(model.canGoNext()); }, [&] { ++told; });
         model.isFrozen.set(true);
         QCOMPARE(told, 0);
         model.goToNextSlide();
@@ -161,12 +161,12 @@ private slots:
 
         // At the last page of a file it reads the set position as well.
         told = 0;
-        tracker = obs::withTracking([&] { QVERIFY(model.canGoNext()); }, [&] { ++told; });
+        tracker = obs::withTracking([&model = model] { QVERIFY(model.canGoNext()); }, [&] { ++told; });
         model.playlist.mutate([](auto&) {});
         QCOMPARE(told, 1);
 
         told = 0;
-        tracker = obs::withTracking([&] { (void)model.showTitle(); }, [&] { ++told; });
+        tracker = obs::withTracking([&model = model] { (void)model.showTitle(); }, [&] { ++told; });
         model.showFileURL.set(QStringLiteral("/shows/gig.brelvonic"));
         QCOMPARE(told, 1);
     }

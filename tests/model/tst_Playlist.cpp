@@ -235,8 +235,9 @@ private slots:
         auto&& [folder, platform, model] = ModelWithFolder();
         model.replacePlaylist({folder.pdf("a.pdf", 3)});
         const auto document = model.document();
+        const QString gone = folder.file("gone.pdf");
         model.playlist.mutate([&](auto& list) {
-            list.push_back(PlaylistEntry{QUuid::createUuid(), folder.file("gone.pdf"), "gone", 5, {}, {}});
+            list.push_back(PlaylistEntry{QUuid::createUuid(), gone, "gone", 5, {}, {}});
         });
         model.goToPage(2);
         model.goToNextSlide();

@@ -167,13 +167,13 @@ private slots:
             files << folder.pdf(QStringLiteral("walk%1.pdf").arg(i), 3);
         model.replacePlaylist(files);
         int presses = 0;
-        auto withinCaps = [&] {
+        auto withinCaps = [&engine = engine] {
             const auto usage = engine->usage();
             return usage.slideBytes <= MuPdfEngine::slideBudget
                 && usage.thumbnailBytes <= MuPdfEngine::thumbnailBudget && usage.nearDocuments <= 3;
         };
         // Files are let go on a worker, soon after the position leaves them.
-        auto parsedWithinCaps = [&] {
+        auto parsedWithinCaps = [&engine = engine] {
             const auto usage = engine->usage();
             return usage.parsedDocuments <= 3 + MuPdfEngine::spareDocuments
                 && usage.lists <= (3 + MuPdfEngine::spareDocuments) * MuPdfEngine::listsPerDocument;
