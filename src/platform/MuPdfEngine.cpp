@@ -639,6 +639,12 @@ public:
         }
     }
 
+    void waitUntilIdle()
+    {
+        std::unique_lock guard(mutex_);
+        idle_.wait(guard, [&] { return stopping_ || (busy_ == 0 && queued_.empty() && !trimWanted_); });
+    }
+
     // Wakes a worker to let go of files that are no longer near.
     void trimSoon()
     {
@@ -902,6 +908,11 @@ MuPdfEngine::Usage MuPdfEngine::usage() const
         if (auto doc = weak.lock(); doc && doc->base == base_ && doc->near)
             ++u.nearDocuments;
     return u;
+}
+
+void MuPdfEngine::waitUntilIdle() const
+{
+    Workers::instance().waitUntilIdle();
 }
 
 std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::open(const QString& path)

@@ -36,6 +36,9 @@ public:
     ~MuPdfEngine() override;
     std::variant<PdfDocumentPtr, PdfOpenError> open(const QString& path) override;
     Usage usage() const;
+    // Returns once the workers hold no work at all, nothing queued either:
+    // for tools and fuzzing, which look at memory between one file and the next.
+    void waitUntilIdle() const;
 
     struct Base;
 
