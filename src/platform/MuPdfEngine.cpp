@@ -977,6 +977,8 @@ std::variant<PdfDocumentPtr, PdfOpenError> MuPdfEngine::openChecked(const QStrin
     {
         auto& workers = Workers::instance();
         std::lock_guard guard(workers.registryMutex);
+        // Files closed since leave no trace, however many come and go.
+        std::erase_if(workers.registry, [](const std::weak_ptr<DocState>& weak) { return weak.expired(); });
         workers.registry.push_back(state);
     }
     return PdfDocumentPtr(std::make_shared<MuPdfDocument>(std::move(state)));
